@@ -1,0 +1,253 @@
+#include "Optrella/Internal/Unicode.hpp"
+
+#include <utf8proc.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace Optrella::Internal {
+
+namespace {
+
+constexpr bool isASCII(char byte) noexcept { return static_cast<unsigned char>(byte) < 0x80; }
+
+struct CodePoint {
+    utf8proc_int32_t value;  // negative for a byte that is not part of UTF-8
+    std::size_t size;        // in bytes
+
+    [[nodiscard]] bool isValid() const noexcept { return value >= 0; }
+};
+
+// REQUIRES: not empty.
+CodePoint firstCodePoint(std::string_view bytes) noexcept {
+    utf8proc_int32_t value = -1;
+    const auto room = static_cast<utf8proc_ssize_t>(std::min<std::size_t>(bytes.size(), 4));
+    const utf8proc_ssize_t size =
+        utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(bytes.data()), room, &value);
+    return size > 0 ? CodePoint{value, static_cast<std::size_t>(size)} : CodePoint{-1, 1};
+}
+
+// The size in bytes of the first character. REQUIRES: not empty.
+std::size_t firstCharacterSize(std::string_view bytes) noexcept {
+    CodePoint last = firstCodePoint(bytes);
+    std::size_t size = last.size;
+    utf8proc_int32_t state = 0;
+    while (last.isValid() && size < bytes.size()) {
+        const CodePoint next = firstCodePoint(bytes.substr(size));
+        if (!next.isValid()) break;
+        if (utf8proc_grapheme_break_stateful(last.value, next.value, &state)) break;
+        size += next.size;
+        last = next;
+    }
+    return size;
+}
+
+using Canonical = std::vector<utf8proc_int32_t>;
+
+void appendDecomposed(Canonical& to, utf8proc_int32_t codePoint) {
+    constexpr auto options = static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_DECOMPOSE);
+    constexpr utf8proc_ssize_t most = 8;  // no canonical decomposition is longer than four
+    utf8proc_int32_t parts[most];
+    int boundary = 0;
+    const utf8proc_ssize_t count =
+        utf8proc_decompose_char(codePoint, parts, most, options, &boundary);
+    for (utf8proc_ssize_t i = 0; i < count; ++i) to.push_back(parts[i]);
+}
+
+auto combiningClass(utf8proc_int32_t codePoint) noexcept {
+    return utf8proc_get_property(codePoint)->combining_class;
+}
+
+// Puts each run of combining marks into canonical order. (The Unicode library does this by
+// exchanging neighbours, which takes minutes for an argument of a megabyte of marks.)
+void reorderMarks(Canonical& text) {
+    const auto isMark = [](utf8proc_int32_t c) { return combiningClass(c) != 0; };
+    const auto isLower = [](utf8proc_int32_t a, utf8proc_int32_t b) {
+        return combiningClass(a) < combiningClass(b);
+    };
+    auto first = std::find_if(text.begin(), text.end(), isMark);
+    while (first != text.end()) {
+        const auto last = std::find_if_not(first, text.end(), isMark);
+        std::stable_sort(first, last, isLower);
+        first = std::find_if(last, text.end(), isMark);
+    }
+}
+
+// The canonical decomposition (NFD), nothing when the bytes are not UTF-8.
+std::optional<Canonical> canonicalForm(std::string_view bytes) {
+    Canonical form;
+    form.reserve(bytes.size());
+    while (!bytes.empty()) {
+        const CodePoint next = firstCodePoint(bytes);
+        if (!next.isValid()) return std::nullopt;
+        appendDecomposed(form, next.value);
+        bytes.remove_prefix(next.size);
+    }
+    reorderMarks(form);
+    return form;
+}
+
+// Whether the last byte is a character of its own, as far as two bytes can tell.
+bool endsInSingleByteCharacter(std::string_view bytes) noexcept {
+    if (!isASCII(bytes.back())) return false;
+    if (bytes.size() == 1) return true;
+    const char before = bytes[bytes.size() - 2];
+    return isASCII(before) && !(before == '\r' && bytes.back() == '\n');
+}
+
+std::size_t lastCharacterSize(std::string_view bytes) noexcept {
+    if (endsInSingleByteCharacter(bytes)) return 1;
+    // A character never reaches across a line feed, so counting may start behind the last one that
+    // is not itself at the end.
+    const std::size_t lineFeed = bytes.substr(0, bytes.size() - 1).rfind('\n');
+    if (lineFeed != std::string_view::npos) bytes.remove_prefix(lineFeed + 1);
+    std::size_t size = firstCharacterSize(bytes);
+    while (size < bytes.size()) {
+        bytes.remove_prefix(size);
+        size = firstCharacterSize(bytes);
+    }
+    return size;
+}
+
+void appendHexadecimal(std::string& to, std::uint32_t value) {
+    constexpr char digits[] = "0123456789ABCDEF";
+    char reversed[8];
+    std::size_t count = 0;
+    do {
+        reversed[count++] = digits[value % 16];
+        value /= 16;
+    } while (value != 0 || count < 2);
+    while (count > 0) to += reversed[--count];
+}
+
+void appendBraced(std::string& to, const char* escape, std::uint32_t value) {
+    to += escape;
+    to += '{';
+    appendHexadecimal(to, value);
+    to += '}';
+}
+
+bool isBidirectionalControl(utf8proc_int32_t c) noexcept {
+    return c == 0x061C || c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E) ||
+           (c >= 0x2066 && c <= 0x2069);
+}
+
+bool mustBeEscaped(utf8proc_int32_t codePoint) noexcept {
+    switch (utf8proc_category(codePoint)) {
+        case UTF8PROC_CATEGORY_CC:
+        case UTF8PROC_CATEGORY_ZL:
+        case UTF8PROC_CATEGORY_ZP:
+            return true;
+        default:
+            return isBidirectionalControl(codePoint);
+    }
+}
+
+const char* shortEscape(utf8proc_int32_t codePoint) noexcept {
+    switch (codePoint) {
+        case '\0':
+            return "\\0";
+        case '\t':
+            return "\\t";
+        case '\n':
+            return "\\n";
+        case '\r':
+            return "\\r";
+        case '"':
+            return "\\\"";
+        case '\'':
+            return "\\'";
+        case '\\':
+            return "\\\\";
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace
+
+bool isASCII(std::string_view bytes) noexcept {
+    constexpr std::uint64_t highBits = 0x8080808080808080;
+    while (bytes.size() >= sizeof(std::uint64_t)) {
+        std::uint64_t word;
+        std::memcpy(&word, bytes.data(), sizeof word);
+        if ((word & highBits) != 0) return false;
+        bytes.remove_prefix(sizeof word);
+    }
+    return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return isASCII(byte); });
+}
+
+bool isUTF8(std::string_view bytes) noexcept {
+    while (!bytes.empty()) {
+        const CodePoint next = firstCodePoint(bytes);
+        if (!next.isValid()) return false;
+        bytes.remove_prefix(next.size);
+    }
+    return true;
+}
+
+bool isCanonicallyEqual(std::string_view left, std::string_view right) {
+    const auto [l, r] = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
+    if (l == left.end() && r == right.end()) return true;
+    // A longer text never equals its beginning, and an ASCII character is never part of the marks
+    // before it: where both differ in one, they differ. Only beyond that does normalisation decide:
+    // a few other characters are equivalent to an ASCII one (U+212A to K, U+037E to ;).
+    if (l == left.end() || r == right.end()) return false;
+    if (isASCII(*l) && isASCII(*r)) return false;
+    const std::optional<Canonical> leftForm = canonicalForm(left);
+    return leftForm && leftForm == canonicalForm(right);
+}
+
+std::size_t canonicalHash(std::string_view bytes) {
+    const std::hash<std::string_view> hash;
+    if (isASCII(bytes)) return hash(bytes);
+    const std::optional<Canonical> form = canonicalForm(bytes);
+    if (!form) return hash(bytes);
+    // An ASCII text must hash alike whether it came as itself or from characters that are
+    // equivalent to it, so the form is hashed as UTF-8.
+    std::string canonical;
+    canonical.reserve(bytes.size());
+    for (const utf8proc_int32_t codePoint : *form) {
+        utf8proc_uint8_t encoded[4];
+        const utf8proc_ssize_t size = utf8proc_encode_char(codePoint, encoded);
+        canonical.append(reinterpret_cast<const char*>(encoded), static_cast<std::size_t>(size));
+    }
+    return hash(canonical);
+}
+
+std::size_t countCharacters(std::string_view bytes) noexcept {
+    std::size_t count = 0;
+    while (!bytes.empty()) {
+        bytes.remove_prefix(firstCharacterSize(bytes));
+        ++count;
+    }
+    return count;
+}
+
+void dropLastCharacters(std::string& bytes, std::size_t count) noexcept {
+    for (; count > 0 && !bytes.empty(); --count) {
+        bytes.resize(bytes.size() - lastCharacterSize(bytes));
+    }
+}
+
+void appendEscaped(std::string& to, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const CodePoint next = firstCodePoint(bytes);
+        if (!next.isValid()) {
+            appendBraced(to, "\\x", static_cast<unsigned char>(bytes.front()));
+        } else if (const char* escape = shortEscape(next.value)) {
+            to += escape;
+        } else if (mustBeEscaped(next.value)) {
+            appendBraced(to, "\\u", static_cast<std::uint32_t>(next.value));
+        } else {
+            to.append(bytes, 0, next.size);
+        }
+        bytes.remove_prefix(next.size);
+    }
+}
+
+}  // namespace Optrella::Internal

@@ -1,0 +1,37 @@
+// Unicode.hpp - what Unicode says about bytes: equivalence, characters, and how to show them.
+//
+// The one place that meets the Unicode library. Works on any bytes: what is not UTF-8 is never
+// repaired. "Character" means a user-perceived one, an extended grapheme cluster; each byte that is
+// not part of UTF-8 is a character of its own.
+
+#ifndef OPTRELLA_INTERNAL_UNICODE_HPP
+#define OPTRELLA_INTERNAL_UNICODE_HPP
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace Optrella::Internal {
+
+[[nodiscard]] bool isASCII(std::string_view bytes) noexcept;
+[[nodiscard]] bool isUTF8(std::string_view bytes) noexcept;
+
+// Canonical equivalence. Bytes that are not UTF-8 anywhere in one of them: the same bytes.
+[[nodiscard]] bool isCanonicallyEqual(std::string_view left, std::string_view right);
+
+// Equal for canonically equal bytes.
+[[nodiscard]] std::size_t canonicalHash(std::string_view bytes);
+
+[[nodiscard]] std::size_t countCharacters(std::string_view bytes) noexcept;
+
+// Takes `count` characters from the end, or all there are.
+void dropLastCharacters(std::string& bytes, std::size_t count) noexcept;
+
+// Appends the bytes with escapes for what a terminal must not get and for what ends or starts a
+// quotation: \t \n \r \0 \" \' \\, \u{1B} for other control characters, line and paragraph
+// separators and bidirectional controls, \x{FF} for a byte that is not part of UTF-8.
+void appendEscaped(std::string& to, std::string_view bytes);
+
+}  // namespace Optrella::Internal
+
+#endif
