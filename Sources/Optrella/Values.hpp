@@ -1,0 +1,69 @@
+// Values.hpp - the values that fetch operations hand out beside texts and numbers.
+//
+// Both are plain values: copy them, compare them, keep them in a set. Nothing here prints or
+// throws.
+
+#ifndef OPTRELLA_VALUES_HPP
+#define OPTRELLA_VALUES_HPP
+
+#include <array>
+#include <compare>
+#include <cstdint>
+#include <optional>
+
+#include "Optrella/Text.hpp"
+
+namespace Optrella {
+
+// A universally unique identifier: 128 bits, in the order in which their text shows them.
+struct UUID {
+    std::array<std::uint8_t, 16> bytes{};
+
+    // Nothing unless the text is 8-4-4-4-12 hexadecimal digits of either case.
+    [[nodiscard]] static std::optional<UUID> fromText(const Text& text) noexcept;
+    // The 36 characters, in upper case.
+    [[nodiscard]] Text text() const;
+
+    friend auto operator<=>(const UUID&, const UUID&) = default;
+};
+
+// An absolute path, and the file URL that names it.
+class FileURL {
+public:
+    // The file that `path` names now; a relative path counts from the current directory, and the
+    // empty one is that directory. Asks the file system whether the path names a folder.
+    [[nodiscard]] static FileURL fromPath(const Text& path);
+
+    // "file://" and the absolute path, percent-encoded, with "/" at the end of an existing folder.
+    // Of a path that was relative, "." and ".." have been taken out, links not looked at.
+    [[nodiscard]] const Text& text() const noexcept { return text_; }
+    // The path as it was given, made absolute and otherwise untouched: whatever links it passes, it
+    // names the file that was meant. (With no current directory a relative path stays relative.)
+    [[nodiscard]] const Text& path() const noexcept { return path_; }
+
+    // By the URL's text.
+    friend bool operator==(const FileURL& left, const FileURL& right) noexcept {
+        return left.text_ == right.text_;
+    }
+
+private:
+    FileURL(Text text, Text path) noexcept : text_(std::move(text)), path_(std::move(path)) {}
+
+    Text text_;
+    Text path_;
+};
+
+}  // namespace Optrella
+
+template <>
+struct std::hash<Optrella::UUID> {
+    std::size_t operator()(const Optrella::UUID& uuid) const noexcept;
+};
+template <>
+struct std::hash<Optrella::FileURL> {
+    std::size_t operator()(const Optrella::FileURL& url) const noexcept {
+        return std::hash<Optrella::Text>()(url.text());
+    }
+};
+
+#endif
