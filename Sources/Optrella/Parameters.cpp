@@ -1,0 +1,326 @@
+#include "Optrella/Parameters.hpp"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <limits>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Optrella/Internal/Unicode.hpp"
+#include "Optrella/Platform/Files.hpp"
+
+namespace Optrella {
+
+// ---- Tags ----
+
+Tags::Tags(std::span<const Text> tags) : few_{} {
+    if (tags.size() <= inlineTags) {
+        std::copy(tags.begin(), tags.end(), few_);
+    } else {
+        Text* copies = new Text[tags.size()];
+        std::copy(tags.begin(), tags.end(), copies);
+        many_ = copies;
+    }
+    size_ = tags.size();
+}
+
+Tags::Tags(std::initializer_list<const Text*> tags) : few_{} {
+    Text* copies = new Text[tags.size()];
+    std::transform(tags.begin(), tags.end(), copies, [](const Text* tag) { return *tag; });
+    many_ = copies;
+    size_ = tags.size();
+}
+
+void Tags::copyMany(const Tags& other) {
+    Text* copies = new Text[other.size_];
+    std::copy(other.begin(), other.end(), copies);
+    many_ = copies;
+    size_ = other.size_;
+}
+
+void Tags::takeMany(Tags& other) noexcept {
+    many_ = other.many_;
+    size_ = other.size_;
+    other.size_ = 0;
+    std::uninitialized_default_construct_n(other.few_, inlineTags);
+}
+
+void Tags::dropMany() noexcept {
+    delete[] many_;
+    size_ = 0;
+    std::uninitialized_default_construct_n(few_, inlineTags);
+}
+
+bool operator==(const Tags& left, const Tags& right) noexcept {
+    return std::equal(left.begin(), left.end(), right.begin(), right.end());
+}
+
+// ---- Equality and hashes ----
+
+namespace Internal {
+
+bool isSameDeclaration(const commonDetails& left, const commonDetails& right) noexcept {
+    return left.tags == right.tags && left.tagHelp == right.tagHelp &&
+           left.hasParameter == right.hasParameter;
+}
+
+}  // namespace Internal
+
+namespace {
+
+class Hasher {
+public:
+    explicit Hasher(std::size_t seed) noexcept : state_(seed) {}
+
+    void feed(std::size_t value) noexcept {
+        state_ ^= value + 0x9E3779B97F4A7C15 + (state_ << 6) + (state_ >> 2);
+    }
+    void feed(const Text& text) noexcept { feed(std::hash<Text>()(text)); }
+
+    // Spreads every bit of the state over all of them.
+    [[nodiscard]] std::size_t finalised() const noexcept {
+        std::uint64_t x = state_;
+        x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9;
+        x = (x ^ (x >> 27)) * 0x94D049BB133111EB;
+        return static_cast<std::size_t>(x ^ (x >> 31));
+    }
+
+private:
+    std::size_t state_;
+};
+
+}  // namespace
+
+std::size_t hashValue(const commonDetails& common, std::size_t seed) noexcept {
+    Hasher hasher(seed);
+    hasher.feed(common.tagHelp);
+    hasher.feed(common.tags.size());
+    for (const Text& tag : common.tags) hasher.feed(tag);
+    hasher.feed(common.userValue);
+    hasher.feed(std::size_t{common.hasParameter});
+    hasher.feed(common.parameterName);
+    return hasher.finalised();
+}
+
+std::size_t hashValue(const ParameterNone& flag, std::size_t seed) noexcept {
+    return hashValue(flag.common, seed);
+}
+
+// ---- ParameterProtocol ----
+
+template <>
+constinit const Internal::KindOperations Internal::KindTable<ParameterNone>::operations =
+    ParameterProtocol::Held<ParameterNone>::operations;
+template <>
+constinit const Internal::KindOperations Internal::KindTable<ParameterString>::operations =
+    ParameterProtocol::Held<ParameterString>::operations;
+template <>
+constinit const Internal::KindOperations Internal::KindTable<ParameterUUID>::operations =
+    ParameterProtocol::Held<ParameterUUID>::operations;
+template <>
+constinit const Internal::KindOperations Internal::KindTable<ParameterNumber>::operations =
+    ParameterProtocol::Held<ParameterNumber>::operations;
+template <>
+constinit const Internal::KindOperations Internal::KindTable<ParameterList>::operations =
+    ParameterProtocol::Held<ParameterList>::operations;
+template <>
+constinit const Internal::KindOperations Internal::KindTable<ParameterFileURL>::operations =
+    ParameterProtocol::Held<ParameterFileURL>::operations;
+
+void ParameterProtocol::takeFrom(ParameterProtocol& other) noexcept {
+    if (operations_->move != nullptr) {
+        operations_->move(other.storage_, storage_);
+    } else {
+        ::new (storage_) void*(other.kind());
+        other.operations_ = &Internal::KindTable<ParameterNone>::operations;
+        ::new (other.storage_) ParameterNone(Tags(), Text());
+    }
+}
+
+// ---- Numbers ----
+
+namespace {
+
+// An optional sign and ASCII digits, nothing else, within 64 bits.
+std::optional<std::int64_t> decimal(std::string_view text) noexcept {
+    const bool isNegative = text.starts_with('-');
+    if (isNegative || text.starts_with('+')) text.remove_prefix(1);
+    if (text.empty()) return std::nullopt;
+    std::int64_t value = 0;
+    for (const char c : text) {
+        if (c < '0' || c > '9') return std::nullopt;
+        // Downwards for a negative number: the least one has no positive twin.
+        const std::int64_t digit = isNegative ? '0' - c : c - '0';
+        if (__builtin_mul_overflow(value, 10, &value)) return std::nullopt;
+        if (__builtin_add_overflow(value, digit, &value)) return std::nullopt;
+    }
+    return value;
+}
+
+}  // namespace
+
+std::int64_t ParameterNumber::getValue() const noexcept {
+    return decimal(common.userValue).value_or(defaultValue_);
+}
+
+// ---- Lists ----
+
+namespace Internal {
+
+struct SharedObject::Block {
+    void* object;
+    Destroy destroy;
+    std::atomic<std::size_t> owners;
+};
+
+SharedObject::SharedObject(void* object, Destroy destroy) : block_(new Block{object, destroy, 1}) {}
+
+SharedObject::SharedObject(const SharedObject& other) noexcept : block_(other.block_) {
+    if (block_ != nullptr) block_->owners.fetch_add(1, std::memory_order_relaxed);
+}
+
+void SharedObject::release() noexcept {
+    if (block_->owners.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    block_->destroy(block_->object);
+    delete block_;
+}
+
+void* SharedObject::get() const noexcept { return block_ != nullptr ? block_->object : nullptr; }
+
+}  // namespace Internal
+
+namespace {
+
+using OptionVector = std::vector<ParameterNone>;
+
+OptionVector optionsOf(std::initializer_list<Text> firstTags) {
+    OptionVector options;
+    options.reserve(firstTags.size());
+    for (const Text& tag : firstTags) options.emplace_back(Tags(tag), Text());
+    return options;
+}
+
+std::string notAnOption(const Text& word) {
+    std::string message = "Item ";
+    message += word;
+    message += " is not a valid option. It must be one of: ";
+    return message;
+}
+
+}  // namespace
+
+ListOptions::ListOptions(std::initializer_list<ParameterNone> options)
+    : ListOptions(OptionVector(options)) {}
+ListOptions::ListOptions(std::initializer_list<Text> firstTags)
+    : ListOptions(optionsOf(firstTags)) {}
+ListOptions::ListOptions(std::vector<ParameterNone> options) {
+    if (options.empty()) return;
+    options_ = Internal::SharedObject(
+        new OptionVector(std::move(options)),
+        [](void* shared) noexcept { delete static_cast<OptionVector*>(shared); });
+}
+
+std::span<const ParameterNone> ListOptions::options() const noexcept {
+    const auto* shared = static_cast<const OptionVector*>(options_.get());
+    return shared != nullptr ? std::span<const ParameterNone>(*shared)
+                             : std::span<const ParameterNone>();
+}
+
+std::optional<Text> ParameterList::validate() const {
+    for (const ParameterNone& option : validOptions_) {
+        if (option.firstTag() == common.userValue) return std::nullopt;
+    }
+    std::string message = notAnOption(common.userValue);
+    for (const ParameterNone& option : validOptions_) {
+        message += option.firstTag();
+        message += ", ";
+    }
+    // Without options this takes the ": " of the fixed text: the message then ends in "one of".
+    Internal::dropLastCharacters(message, 2);
+    return Text(message);
+}
+
+ParameterNone ParameterList::getValue() const {
+    for (const ParameterNone& option : validOptions_) {
+        if (option.firstTag() == common.userValue) return option;
+    }
+    Internal::fatalStop();
+}
+
+// ---- Paths ----
+
+namespace {
+
+// A path that holds a NUL names nothing.
+bool fileExists(const Text& path) noexcept {
+    return static_cast<std::string_view>(path).find('\0') == std::string_view::npos &&
+           Platform::fileExists(path.c_str());
+}
+
+template <class Case>
+std::optional<Case> caseOf(const Text& text, std::initializer_list<Case> cases) noexcept {
+    for (const Case each : cases) {
+        if (rawValue(each) == text) return each;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<Text> ParameterFileURL::validate() const {
+    switch (state) {
+        case existState::exist:
+            if (fileExists(common.userValue)) return std::nullopt;
+            return Text(common.userValue.str() + " does not exist");
+        case existState::absent:
+            if (!fileExists(common.userValue)) return std::nullopt;
+            return Text(common.userValue.str() + " must not exist");
+        case existState::vague:
+            return std::nullopt;
+    }
+    Internal::fatalStop();
+}
+
+FileURL ParameterFileURL::getValue() const { return FileURL::fromPath(common.userValue); }
+
+Text rawValue(ParameterFileURL::urlType type) noexcept {
+    switch (type) {
+        case ParameterFileURL::urlType::file:
+            return "file";
+        case ParameterFileURL::urlType::folder:
+            return "folder";
+        case ParameterFileURL::urlType::fileOrFolder:
+            return "fileOrFolder";
+    }
+    Internal::fatalStop();
+}
+
+Text rawValue(ParameterFileURL::existState state) noexcept {
+    switch (state) {
+        case ParameterFileURL::existState::exist:
+            return "exist";
+        case ParameterFileURL::existState::absent:
+            return "absent";
+        case ParameterFileURL::existState::vague:
+            return "vague";
+    }
+    Internal::fatalStop();
+}
+
+template <>
+std::optional<ParameterFileURL::urlType> fromRawValue<ParameterFileURL::urlType>(
+    const Text& text) noexcept {
+    using enum ParameterFileURL::urlType;
+    return caseOf(text, {file, folder, fileOrFolder});
+}
+
+template <>
+std::optional<ParameterFileURL::existState> fromRawValue<ParameterFileURL::existState>(
+    const Text& text) noexcept {
+    using enum ParameterFileURL::existState;
+    return caseOf(text, {exist, absent, vague});
+}
+
+}  // namespace Optrella

@@ -1,0 +1,627 @@
+// Parameters.hpp - the parameter interface and the six kinds.
+//
+// A kind is a plain record: copy it, keep it, hand it out. A tool declares its parameters with the
+// kinds' constructors and keeps them, because a value is asked for by its declaration. A parameter
+// list is a std::vector<ParameterProtocol>; every element owns its own copy of a kind.
+// A flag, a text, a number, a UUID or a path that is declared from literals is made by the compiler
+// and costs a start of the tool nothing. No operation here prints, keeps state between calls, or
+// reports by throwing.
+
+#ifndef OPTRELLA_PARAMETERS_HPP
+#define OPTRELLA_PARAMETERS_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <new>
+#include <optional>
+#include <span>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "Optrella/Text.hpp"
+#include "Optrella/Values.hpp"
+
+namespace Optrella {
+
+// An ordered list of texts. Up to two sit in the list itself, more on the heap.
+//
+// One constructor for each small number of texts and no std::initializer_list: g++ 12 takes a list
+// of a class with a destructor for no constant, and a kind would then be made when the tool starts,
+// in an order that nobody chose.
+class Tags {
+public:
+    using value_type = Text;
+
+    constexpr Tags() noexcept : few_{} {}
+    constexpr Tags(Text a) noexcept : few_{std::move(a), Text()}, size_(1) {}
+    constexpr Tags(Text a, Text b) noexcept : few_{std::move(a), std::move(b)}, size_(2) {}
+    Tags(const Text& a, const Text& b, const Text& c) : Tags({&a, &b, &c}) {}
+    Tags(const Text& a, const Text& b, const Text& c, const Text& d) : Tags({&a, &b, &c, &d}) {}
+    Tags(const Text& a, const Text& b, const Text& c, const Text& d, const Text& e)
+        : Tags({&a, &b, &c, &d, &e}) {}
+    Tags(std::span<const Text> tags);
+    Tags(const std::vector<Text>& tags) : Tags(std::span(tags)) {}
+
+    constexpr Tags(const Tags& other) : few_{} {
+        if (other.isMany()) {
+            copyMany(other);
+        } else {
+            few_[0] = other.few_[0];
+            few_[1] = other.few_[1];
+            size_ = other.size_;
+        }
+    }
+    constexpr Tags(Tags&& other) noexcept : few_{} { takeFrom(other); }
+    constexpr Tags& operator=(Tags other) noexcept {
+        if (isMany()) dropMany();
+        takeFrom(other);
+        return *this;
+    }
+    constexpr ~Tags() {
+        if (isMany()) dropMany();
+        for (Text& text : few_) text.~Text();
+    }
+
+    [[nodiscard]] constexpr const Text* begin() const noexcept { return isMany() ? many_ : few_; }
+    [[nodiscard]] constexpr const Text* end() const noexcept { return begin() + size_; }
+    [[nodiscard]] constexpr Text* begin() noexcept { return isMany() ? many_ : few_; }
+    [[nodiscard]] constexpr Text* end() noexcept { return begin() + size_; }
+    [[nodiscard]] constexpr std::size_t size() const noexcept { return size_; }
+    [[nodiscard]] constexpr bool empty() const noexcept { return size_ == 0; }
+    // STOPS the process when there is no such tag.
+    [[nodiscard]] constexpr const Text& operator[](std::size_t index) const noexcept {
+        if (index >= size_) Internal::fatalStop();
+        return begin()[index];
+    }
+    // STOPS the process when there are no tags.
+    [[nodiscard]] constexpr const Text& front() const noexcept { return (*this)[0]; }
+
+    // As many texts, and the same ones in the same order.
+    friend bool operator==(const Tags& left, const Tags& right) noexcept;
+
+private:
+    static constexpr std::size_t inlineTags = 2;
+
+    Tags(std::initializer_list<const Text*> tags);
+
+    [[nodiscard]] constexpr bool isMany() const noexcept { return size_ > inlineTags; }
+    void copyMany(const Tags& other);
+    void takeMany(Tags& other) noexcept;
+    void dropMany() noexcept;  // leaves an empty list
+
+    // REQUIRES: not many here.
+    constexpr void takeFrom(Tags& other) noexcept {
+        if (other.isMany()) {
+            takeMany(other);
+        } else {
+            few_[0] = std::move(other.few_[0]);
+            few_[1] = std::move(other.few_[1]);
+            size_ = std::exchange(other.size_, 0);
+        }
+    }
+
+    union {  // a plain array member is no constant for g++ 12 either
+        Text few_[inlineTags];
+        Text* many_;  // when size_ is larger
+    };
+    std::size_t size_ = 0;
+};
+
+// What every parameter carries as `common`.
+struct commonDetails {
+    Text tagHelp = "";    // the help text
+    Tags tags = {};       // what selects the parameter on the command line; the first is primary
+    Text userValue = "";  // what the user gave
+    bool hasParameter = true;  // whether a value follows the tag
+    Text parameterName = "";   // the value's name in the help listing
+
+    friend bool operator==(const commonDetails&, const commonDetails&) = default;
+};
+
+// A hash of all five fields. Equal records have equal hashes for the same seed.
+[[nodiscard]] std::size_t hashValue(const commonDetails& common, std::size_t seed = 0) noexcept;
+
+class ParameterProtocol;
+template <class Kind>
+struct ParameterDefaults;
+
+namespace Internal {
+
+// The rule behind the default isEqualTo, kind apart.
+[[nodiscard]] bool isSameDeclaration(const commonDetails& left,
+                                     const commonDetails& right) noexcept;
+
+// A name that Kind has is ambiguous in the probe, whatever its type: so a kind that names an
+// operation in a wrong form is found, and does not silently get the default one.
+struct OperationNames {
+    int validate, isEqualTo, storeUserValue;
+};
+struct Unprobed {};
+template <class Kind>
+struct NameProbe : std::conditional_t<std::is_final_v<Kind>, Unprobed, Kind>, OperationNames {};
+template <class Kind>
+concept NamesValidate = !requires {
+    &NameProbe<Kind>::validate;
+};
+template <class Kind>
+concept NamesIsEqualTo = !requires {
+    &NameProbe<Kind>::isEqualTo;
+};
+template <class Kind>
+concept NamesStoreUserValue = !requires {
+    &NameProbe<Kind>::storeUserValue;
+};
+
+template <class Kind>
+concept HasValidate = requires(const Kind& kind) {
+    { kind.validate() } -> std::same_as<std::optional<Text>>;
+};
+template <class Kind>
+concept HasIsEqualTo = requires(const Kind& kind, const ParameterProtocol& other) {
+    { kind.isEqualTo(other) } -> std::same_as<bool>;
+};
+template <class Kind>
+concept HasStoreUserValue = requires(Kind& kind, const Text& value) {
+    { kind.storeUserValue(value) } -> std::same_as<void>;
+};
+template <class Kind>
+concept InheritsStoreUserValue = requires {
+    { &Kind::storeUserValue } -> std::same_as<void (ParameterDefaults<Kind>::*)(Text)>;
+};
+
+template <class Kind>
+concept NamesCommon =
+    std::is_class_v<Kind> && !std::same_as<Kind, ParameterProtocol> && requires(Kind & kind) {
+    kind.common;
+};
+template <class Kind>
+concept HasCommon = requires(Kind& kind) {
+    { (kind.common) } -> std::same_as<commonDetails&>;
+    requires std::is_member_object_pointer_v<decltype(&Kind::common)>;
+};
+
+// A class that somebody put where a kind belongs; a list of parameters is not one.
+template <class Given>
+concept NoParameterKind = std::is_class_v<Given> && !std::same_as<Given, ParameterProtocol> &&
+                          !NamesCommon<Given> && !requires(const Given& given) {
+    given.begin();
+};
+
+template <class Other>
+Other kindOfDefaults(const ParameterDefaults<Other>&);
+// Another kind's defaults would compare with that kind: such a parameter would not equal itself.
+template <class Kind>
+concept HasForeignDefaults = requires(const Kind& kind) {
+    kindOfDefaults(kind);
+    requires !std::same_as<decltype(kindOfDefaults(kind)), Kind>;
+};
+
+// What a parameter of one kind can do. There is one such object for each kind: its address is the
+// kind's identity.
+struct KindOperations {
+    commonDetails& (*common)(void* kind) noexcept;
+    std::optional<Text> (*validate)(const void* kind);
+    bool (*isEqualTo)(const ParameterProtocol& self, const ParameterProtocol& other);
+    void (*storeUserValue)(void* kind, Text&& newValue);
+    void (*copy)(const void* kind, void* storage);
+    void (*move)(void* kind, void* storage) noexcept;  // null when the kind is on the heap
+    void (*destroy)(void* kind) noexcept;
+    bool storesByDefault;
+};
+
+template <class Kind>
+struct KindTable {
+    static const KindOperations operations;
+};
+
+}  // namespace Internal
+
+// What a kind must be: a copyable class with a member `commonDetails common`. What it replaces of
+// the operations below has just that form; the rest it gets by default.
+//     std::optional<Text> validate() const;
+//     bool isEqualTo(const ParameterProtocol& other) const;
+//     void storeUserValue(Text newValue);
+template <class Kind>
+concept ParameterKind =
+    Internal::NamesCommon<Kind> && Internal::HasCommon<Kind> && std::copy_constructible<Kind>;
+
+// A value that owns a copy of any kind, one of the six or one of a tool's own. Small kinds sit
+// inside it. Copying copies the kind; a parameter that was moved from can be assigned and
+// destroyed.
+class ParameterProtocol {
+public:
+    // Constrained by no more than a `common`: what is wrong with a kind is said by name below,
+    // where a list in braces would hide it.
+    template <class Given, class Kind = std::remove_cvref_t<Given>>
+    requires Internal::NamesCommon<Kind> ParameterProtocol(Given&& kind);
+
+    template <class Given>
+    requires Internal::NoParameterKind<std::remove_cvref_t<Given>> ParameterProtocol(
+        Given&& kindWithoutCommon)
+    = delete;
+
+    ParameterProtocol(const ParameterProtocol& other) : operations_(other.operations_) {
+        operations_->copy(other.kind(), storage_);
+    }
+    ParameterProtocol(ParameterProtocol&& other) noexcept : operations_(other.operations_) {
+        takeFrom(other);
+    }
+    ParameterProtocol& operator=(ParameterProtocol other) noexcept {
+        operations_->destroy(kind());
+        operations_ = other.operations_;
+        takeFrom(other);
+        return *this;
+    }
+    ~ParameterProtocol() { operations_->destroy(kind()); }
+
+    [[nodiscard]] const commonDetails& common() const noexcept {
+        return operations_->common(const_cast<void*>(kind()));
+    }
+    [[nodiscard]] commonDetails& common() noexcept { return operations_->common(kind()); }
+
+    // Why the stored value is not acceptable, or nothing when it is. By default: nothing.
+    [[nodiscard]] std::optional<Text> validate() const { return operations_->validate(kind()); }
+
+    // Whether both stand for the same declared parameter. By default: the same kind, the same tags
+    // in the same order, the same tagHelp and hasParameter; what the user gave, parameterName and a
+    // kind's own fields are left out, so that a declaration equals the copy that holds a value.
+    [[nodiscard]] bool isEqualTo(const ParameterProtocol& other) const {
+        return operations_->isEqualTo(*this, other);
+    }
+
+    // By default: sets common().userValue, whatever the text.
+    void storeUserValue(Text newValue) { operations_->storeUserValue(kind(), std::move(newValue)); }
+
+    // The primary tag. STOPS the process when there are no tags.
+    [[nodiscard]] const Text& firstTag() const { return common().tags.front(); }
+
+    // The held parameter, or null when it is of another kind.
+    template <class Kind>
+    [[nodiscard]] const Kind* as() const noexcept {
+        return operations_ == &Internal::KindTable<Kind>::operations
+                   ? static_cast<const Kind*>(kind())
+                   : nullptr;
+    }
+    [[nodiscard]] bool isSameKindAs(const ParameterProtocol& other) const noexcept {
+        return operations_ == other.operations_;
+    }
+    // False for a kind that replaces storeUserValue.
+    [[nodiscard]] bool storesByDefault() const noexcept { return operations_->storesByDefault; }
+
+private:
+    template <class Kind>
+    friend struct Internal::KindTable;
+    template <class Kind>
+    struct Held;
+
+    static constexpr std::size_t inlineSize = 120;  // the largest of the six kinds
+
+    [[nodiscard]] void* kind() noexcept {
+        return operations_->move != nullptr ? static_cast<void*>(storage_)
+                                            : *reinterpret_cast<void**>(storage_);
+    }
+    [[nodiscard]] const void* kind() const noexcept {
+        return const_cast<ParameterProtocol*>(this)->kind();
+    }
+    // Takes what `other` holds; operations_ is already other's, storage_ holds nothing.
+    void takeFrom(ParameterProtocol& other) noexcept;
+
+    const Internal::KindOperations* operations_;
+    alignas(void*) std::byte storage_[inlineSize];  // the kind, or a pointer to it
+};
+
+using Parameters = std::vector<ParameterProtocol>;
+
+// The default operations as members, so that a kind can be asked without a ParameterProtocol around
+// it. The six kinds have them; a tool's own kind may: struct Port : ParameterDefaults<Port> { ...
+// }.
+template <class Kind>
+struct ParameterDefaults {
+    [[nodiscard]] std::optional<Text> validate() const { return std::nullopt; }
+    [[nodiscard]] bool isEqualTo(const ParameterProtocol& other) const {
+        const Kind* sameKind = other.as<Kind>();
+        return sameKind != nullptr && Internal::isSameDeclaration(self().common, sameKind->common);
+    }
+    void storeUserValue(Text newValue) {
+        static_cast<Kind&>(*this).common.userValue = std::move(newValue);
+    }
+    [[nodiscard]] const Text& firstTag() const { return self().common.tags.front(); }
+
+private:
+    [[nodiscard]] const Kind& self() const { return static_cast<const Kind&>(*this); }
+};
+
+// A flag: a tag that stands alone.
+struct ParameterNone final : ParameterDefaults<ParameterNone> {
+    commonDetails common;
+
+    constexpr ParameterNone(Tags tags, Text tagHelp)
+        : common{std::move(tagHelp), std::move(tags), Text(), false, Text()} {}
+
+    // As isEqualTo: what the user gave takes no part.
+    friend bool operator==(const ParameterNone& left, const ParameterNone& right) noexcept {
+        return Internal::isSameDeclaration(left.common, right.common);
+    }
+};
+
+// The hash of all of `common`. On purpose it does not follow ==: two flags that are equal and hold
+// different user values hash differently.
+[[nodiscard]] std::size_t hashValue(const ParameterNone& flag, std::size_t seed = 0) noexcept;
+
+// Any text.
+struct ParameterString final : ParameterDefaults<ParameterString> {
+    commonDetails common;
+
+    constexpr ParameterString(Tags tags, Text parameterName, Text tagHelp)
+        : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)} {}
+};
+
+// A UUID. Any text passes validation; one that is no UUID is fetched as the all-zero UUID.
+struct ParameterUUID final : ParameterDefaults<ParameterUUID> {
+    commonDetails common;
+
+    constexpr ParameterUUID(Tags tags, Text parameterName, Text tagHelp)
+        : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)} {}
+};
+
+// A whole number of 64 bits. The bounds are declared and kept, and on purpose never tested.
+struct ParameterNumber final : ParameterDefaults<ParameterNumber> {
+    commonDetails common;
+
+    constexpr ParameterNumber(Tags tags, Text parameterName, std::int64_t min, std::int64_t max,
+                              Text tagHelp)
+        : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)},
+          rangeMin_(min),
+          rangeMax_(max) {}
+
+    [[nodiscard]] constexpr std::optional<std::int64_t> rangeMin() const noexcept {
+        return rangeMin_;
+    }
+    [[nodiscard]] constexpr std::optional<std::int64_t> rangeMax() const noexcept {
+        return rangeMax_;
+    }
+    // What getValue returns for a text that is no number: -1.
+    [[nodiscard]] constexpr std::int64_t defaultValue() const noexcept { return defaultValue_; }
+
+    // The number that was given, or defaultValue() for any text that is not an optional sign and
+    // ASCII digits within 64 bits.
+    [[nodiscard]] std::int64_t getValue() const noexcept;
+
+private:
+    std::int64_t rangeMin_;
+    std::int64_t rangeMax_;
+    std::int64_t defaultValue_ = -1;
+};
+
+namespace Internal {
+
+// An object that copies share; the last of them destroys it. Copies may live on several threads.
+class SharedObject {
+public:
+    using Destroy = void (*)(void*) noexcept;
+
+    constexpr SharedObject() noexcept = default;
+    // Owns `object`.
+    SharedObject(void* object, Destroy destroy);
+    SharedObject(const SharedObject& other) noexcept;
+    constexpr SharedObject(SharedObject&& other) noexcept
+        : block_(std::exchange(other.block_, nullptr)) {}
+    SharedObject& operator=(SharedObject other) noexcept {
+        std::swap(block_, other.block_);
+        return *this;
+    }
+    constexpr ~SharedObject() {
+        if (block_ != nullptr) release();
+    }
+
+    // Null when it holds none.
+    [[nodiscard]] void* get() const noexcept;
+
+private:
+    struct Block;
+    void release() noexcept;
+
+    Block* block_ = nullptr;
+};
+
+}  // namespace Internal
+
+// The choices of a list parameter, in the tool's order. Never changes; copies share it.
+class ListOptions {
+public:
+    using value_type = ParameterNone;
+
+    constexpr ListOptions() noexcept = default;
+    ListOptions(std::initializer_list<ParameterNone> options);
+    ListOptions(std::vector<ParameterNone> options);
+    // Choices without a help text of their own: {"name", "date"}.
+    ListOptions(std::initializer_list<Text> firstTags);
+
+    [[nodiscard]] const ParameterNone* begin() const noexcept { return options().data(); }
+    [[nodiscard]] const ParameterNone* end() const noexcept { return begin() + size(); }
+    [[nodiscard]] std::size_t size() const noexcept { return options().size(); }
+    [[nodiscard]] bool empty() const noexcept { return size() == 0; }
+    // REQUIRES: index < size().
+    [[nodiscard]] const ParameterNone& operator[](std::size_t index) const noexcept {
+        return begin()[index];
+    }
+
+private:
+    [[nodiscard]] std::span<const ParameterNone> options() const noexcept;
+
+    Internal::SharedObject options_;
+};
+
+// A word out of a fixed set. An option stands for one word, its first tag; its other tags and its
+// help play no part. REQUIRES: every option has a tag.
+struct ParameterList final : ParameterDefaults<ParameterList> {
+    commonDetails common;
+
+    ParameterList(Tags tags, ListOptions validOptions, Text parameterName, Text tagHelp)
+        : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)},
+          validOptions_(std::move(validOptions)) {}
+
+    [[nodiscard]] const ListOptions& validOptions() const noexcept { return validOptions_; }
+
+    // Names the stored word and all choices, or nothing when the word is a choice.
+    // STOPS the process when it reaches an option without tags.
+    [[nodiscard]] std::optional<Text> validate() const;
+    // The first option whose first tag is the stored word.
+    // STOPS the process when there is none, or at an option without tags before it.
+    [[nodiscard]] ParameterNone getValue() const;
+
+private:
+    ListOptions validOptions_;
+};
+
+// A path. What it should name is declared and shown, and on purpose never tested; whether it exists
+// is tested by `validate`.
+struct ParameterFileURL final : ParameterDefaults<ParameterFileURL> {
+    enum class urlType : std::uint8_t { file, folder, fileOrFolder };
+    enum class existState : std::uint8_t { exist, absent, vague };
+
+    commonDetails common;
+    urlType type;
+    existState state;
+
+    constexpr ParameterFileURL(Tags tags, urlType typeOfPath, existState stateOfPath,
+                               Text parameterName, Text tagHelp)
+        : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)},
+          type(typeOfPath),
+          state(stateOfPath) {}
+
+    // Asks the file system once for `exist` and `absent`, not at all for `vague`; the path is taken
+    // exactly as it was typed.
+    [[nodiscard]] std::optional<Text> validate() const;
+    // FileURL::fromPath of the stored text; tests nothing.
+    [[nodiscard]] FileURL getValue() const;
+};
+
+// The text of a case: rawValue(existState::absent) == "absent".
+[[nodiscard]] Text rawValue(ParameterFileURL::urlType type) noexcept;
+[[nodiscard]] Text rawValue(ParameterFileURL::existState state) noexcept;
+
+// The case of a text, nothing when it is no case's text: fromRawValue<existState>("absent").
+template <class Case>
+[[nodiscard]] std::optional<Case> fromRawValue(const Text& text) noexcept = delete;
+template <>
+[[nodiscard]] std::optional<ParameterFileURL::urlType> fromRawValue<ParameterFileURL::urlType>(
+    const Text& text) noexcept;
+template <>
+[[nodiscard]] std::optional<ParameterFileURL::existState>
+fromRawValue<ParameterFileURL::existState>(const Text& text) noexcept;
+
+// ---- Nothing below is meant to be read by a tool's author. ----
+
+template <class Kind>
+struct ParameterProtocol::Held {
+    static constexpr bool isInline = sizeof(Kind) <= inlineSize &&
+                                     alignof(Kind) <= alignof(void*) &&
+                                     std::is_nothrow_move_constructible_v<Kind>;
+
+    template <class Given>
+    static void make(Given&& kind, void* storage) {
+        if constexpr (isInline) {
+            ::new (storage) Kind(std::forward<Given>(kind));
+        } else {
+            ::new (storage) void*(new Kind(std::forward<Given>(kind)));
+        }
+    }
+    static const Kind& get(const void* kind) noexcept { return *static_cast<const Kind*>(kind); }
+    static Kind& get(void* kind) noexcept { return *static_cast<Kind*>(kind); }
+
+    static commonDetails& common(void* kind) noexcept { return get(kind).common; }
+    static std::optional<Text> validate([[maybe_unused]] const void* kind) {
+        if constexpr (Internal::HasValidate<Kind>) {
+            return get(kind).validate();
+        } else {
+            return std::nullopt;
+        }
+    }
+    static bool isEqualTo(const ParameterProtocol& self, const ParameterProtocol& other) {
+        if constexpr (Internal::HasIsEqualTo<Kind>) {
+            return get(self.kind()).isEqualTo(other);
+        } else {
+            return self.isSameKindAs(other) &&
+                   Internal::isSameDeclaration(self.common(), other.common());
+        }
+    }
+    static void storeUserValue(void* kind, Text&& newValue) {
+        if constexpr (Internal::HasStoreUserValue<Kind>) {
+            get(kind).storeUserValue(std::move(newValue));
+        } else {
+            get(kind).common.userValue = std::move(newValue);
+        }
+    }
+    static void copy(const void* kind, void* storage) { make(get(kind), storage); }
+    static void move(void* kind, void* storage) noexcept { make(std::move(get(kind)), storage); }
+    static void destroy(void* kind) noexcept {
+        if constexpr (isInline) {
+            get(kind).~Kind();
+        } else {
+            delete &get(kind);
+        }
+    }
+
+    static constexpr Internal::KindOperations operations{
+        common,    validate,
+        isEqualTo, storeUserValue,
+        copy,      isInline ? &move : nullptr,
+        destroy,   !Internal::HasStoreUserValue<Kind> || Internal::InheritsStoreUserValue<Kind>};
+};
+
+template <class Kind>
+constinit const Internal::KindOperations Internal::KindTable<Kind>::operations =
+    ParameterProtocol::Held<Kind>::operations;
+
+// Those of the six kinds stand in the library alone, so that a kind has one identity even where a
+// tool is made of several shared objects.
+template <>
+const Internal::KindOperations Internal::KindTable<ParameterNone>::operations;
+template <>
+const Internal::KindOperations Internal::KindTable<ParameterString>::operations;
+template <>
+const Internal::KindOperations Internal::KindTable<ParameterUUID>::operations;
+template <>
+const Internal::KindOperations Internal::KindTable<ParameterNumber>::operations;
+template <>
+const Internal::KindOperations Internal::KindTable<ParameterList>::operations;
+template <>
+const Internal::KindOperations Internal::KindTable<ParameterFileURL>::operations;
+
+template <class Given, class Kind>
+requires Internal::NamesCommon<Kind> ParameterProtocol::ParameterProtocol(Given&& kind)
+    : operations_(&Internal::KindTable<Kind>::operations) {
+    static_assert(ParameterKind<Kind>,
+                  "a kind must be a copyable class with a member `commonDetails common`");
+    static_assert(!Internal::NamesValidate<Kind> || Internal::HasValidate<Kind>,
+                  "a kind's validate must be: std::optional<Text> validate() const");
+    static_assert(
+        !Internal::NamesIsEqualTo<Kind> || Internal::HasIsEqualTo<Kind>,
+        "a kind's isEqualTo must be: bool isEqualTo(const ParameterProtocol& other) const");
+    static_assert(!Internal::NamesStoreUserValue<Kind> || Internal::HasStoreUserValue<Kind>,
+                  "a kind's storeUserValue must be: void storeUserValue(Text newValue)");
+    static_assert(!Internal::HasForeignDefaults<Kind>,
+                  "a kind that inherits ParameterDefaults must name itself: "
+                  "struct Kind : ParameterDefaults<Kind>");
+    Held<Kind>::make(std::forward<Given>(kind), storage_);
+}
+
+}  // namespace Optrella
+
+template <>
+struct std::hash<Optrella::commonDetails> {
+    std::size_t operator()(const Optrella::commonDetails& common) const noexcept {
+        return Optrella::hashValue(common);
+    }
+};
+template <>
+struct std::hash<Optrella::ParameterNone> {
+    std::size_t operator()(const Optrella::ParameterNone& flag) const noexcept {
+        return Optrella::hashValue(flag);
+    }
+};
+
+#endif
