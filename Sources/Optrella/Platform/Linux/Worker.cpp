@@ -1,0 +1,47 @@
+#include "Optrella/Platform/Worker.hpp"
+
+#include <pthread.h>
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace Optrella::Platform {
+
+namespace {
+
+struct Work {
+    void (*function)(void* context);
+    void* context;
+};
+
+// The nice value belongs to the thread on Linux. A few steps only: the caller waits for this
+// thread, which SCHED_IDLE or the lowest priority would starve on a busy machine.
+void lowerPriority() noexcept {
+    constexpr id_t thisThread = 0;
+    constexpr int steps = 5;
+    constexpr int lowest = 19;
+    errno = 0;
+    const int own = ::getpriority(PRIO_PROCESS, thisThread);
+    if (errno == 0) ::setpriority(PRIO_PROCESS, thisThread, std::min(own + steps, lowest));
+}
+
+extern "C" void* callWork(void* argument) {
+    const Work work = *static_cast<Work*>(argument);
+    lowerPriority();
+    work.function(work.context);
+    return nullptr;
+}
+
+}  // namespace
+
+bool runOnWorker(void (*function)(void* context), void* context) {
+    Work work{function, context};
+    pthread_t thread;
+    if (::pthread_create(&thread, nullptr, callWork, &work) != 0) return false;
+    // Waits for the end of the thread, whenever that comes, and is never interrupted by a signal.
+    ::pthread_join(thread, nullptr);
+    return true;
+}
+
+}  // namespace Optrella::Platform
