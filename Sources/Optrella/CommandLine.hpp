@@ -1,0 +1,152 @@
+// CommandLine.hpp - what a tool declares, and parse, which runs the one declaration that fits.
+//
+// A tool lists every command line that it accepts and hands the list with its arguments to `parse`.
+// The declarations are values that parse never changes: the same list serves any number of calls,
+// on any number of threads. parse prints its diagnostics to standard output and reports by its
+// result; nothing is thrown.
+
+#ifndef OPTRELLA_COMMANDLINE_HPP
+#define OPTRELLA_COMMANDLINE_HPP
+
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <span>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "Optrella/Parameters.hpp"
+
+namespace Optrella {
+
+namespace Internal {
+
+struct Declaration;  // reads the fields of a CommandLinePossibility
+
+// A callable that copies share, its state included. One without state costs no heap.
+class Action {
+public:
+    template <class Callable>
+    requires(!std::is_same_v<std::remove_cvref_t<Callable>, Action> &&
+             std::is_invocable_v<std::decay_t<Callable>&, const Parameters&>)
+        Action(Callable&& callable) {
+        using Stored = std::decay_t<Callable>;
+        if constexpr (std::is_empty_v<Stored> && std::is_default_constructible_v<Stored>) {
+            call_ = [](void*, const Parameters& given) { static_cast<void>(Stored{}(given)); };
+        } else {
+            shared_ =
+                SharedObject(new Stored(std::forward<Callable>(callable)),
+                             [](void* stored) noexcept { delete static_cast<Stored*>(stored); });
+            call_ = [](void* stored, const Parameters& given) {
+                static_cast<void>((*static_cast<Stored*>(stored))(given));
+            };
+        }
+    }
+
+    void operator()(const Parameters& given) const { call_(shared_.get(), given); }
+
+private:
+    void (*call_)(void* stored, const Parameters& given);
+    SharedObject shared_;
+};
+
+}  // namespace Internal
+
+// The result of parse. Its cases carry fixed texts: see rawValue.
+enum class parsingError : std::uint8_t { NoError, MissingParameter, NoMatchingLine, NoCommandLine };
+
+[[nodiscard]] Text rawValue(parsingError error) noexcept;
+template <>
+[[nodiscard]] std::optional<parsingError> fromRawValue<parsingError>(const Text& text) noexcept;
+
+// One command line that a tool accepts.
+class CommandLinePossibility {
+public:
+    // required: parameters whose tags must be given. optional: parameters whose tags may be given.
+    // help: shown in the help listing. requiresRoot: the command needs administrator rights.
+    // hidden: left out of the help listing. run: the action, anything that can be called with a
+    // `const Parameters&`; copies of a declaration share it. It is called on a thread of its own
+    // while parse waits; an exception that leaves it ends the process.
+    // Everything is stored as it is, unchecked.
+    CommandLinePossibility(bool requiresRoot, Parameters required, Parameters optional, Text help,
+                           bool hidden, Internal::Action run) noexcept
+        : required_(std::move(required)),
+          optional_(std::move(optional)),
+          help_(std::move(help)),
+          run_(std::move(run)),
+          requiresRoot_(requiresRoot),
+          hidden_(hidden) {}
+
+private:
+    friend struct Internal::Declaration;
+
+    Parameters required_;
+    Parameters optional_;
+    Text help_;
+    Internal::Action run_;
+    bool requiresRoot_;
+    bool hidden_;
+};
+
+// A view of a tool's declarations: of an array, a vector, a span or a list in braces.
+class CommandList {
+public:
+    constexpr CommandList() noexcept = default;
+    constexpr CommandList(const CommandLinePossibility* first, std::size_t count) noexcept
+        : declarations_(first, count) {}
+    constexpr CommandList(std::initializer_list<CommandLinePossibility> declarations) noexcept
+        : declarations_(declarations.begin(), declarations.size()) {}
+    template <class Range>
+    requires std::convertible_to<const Range&, std::span<const CommandLinePossibility>>
+    constexpr CommandList(const Range& declarations) noexcept : declarations_(declarations) {}
+
+    [[nodiscard]] constexpr auto begin() const noexcept { return declarations_.begin(); }
+    [[nodiscard]] constexpr auto end() const noexcept { return declarations_.end(); }
+    [[nodiscard]] constexpr bool empty() const noexcept { return declarations_.empty(); }
+
+private:
+    std::span<const CommandLinePossibility> declarations_;
+};
+
+// Runs the one declaration that the arguments fit, and returns when its action has returned.
+//
+// passedIn is the whole argument vector, the program name first. Every further argument must be a
+// tag of a declared parameter, or the value of the tag before it.
+//
+//   NoError         the action ran
+//   NoCommandLine   nothing stands behind the program name; nothing is printed
+//   NoMatchingLine  no declaration fits, or a value is not acceptable, or the command needs root
+//                   rights that the user does not get: each is said on standard output;
+//                   or several declarations fit: nothing is said
+// MissingParameter is never returned.
+//
+// The action runs on a thread of lower priority than the caller's; the caller waits. Safe on any
+// thread, within an action, and on several threads at once. STOPS the process when a thread cannot
+// be started, and where a declaration without a tag must name its first tag.
+[[nodiscard]] parsingError parse(CommandList commandList, std::span<const Text> passedIn) noexcept;
+[[nodiscard]] parsingError parse(CommandList commandList, int argc,
+                                 const char* const* argv) noexcept;
+
+[[nodiscard]] inline parsingError parse(CommandList commandList,
+                                        std::initializer_list<Text> passedIn) noexcept {
+    return parse(commandList, std::span<const Text>(passedIn.begin(), passedIn.size()));
+}
+template <class Range>
+requires(!std::convertible_to<const Range&, std::span<const Text>> && requires(const Range& texts) {
+    std::vector<Text>(texts.begin(), texts.end());
+}) [[nodiscard]] parsingError parse(CommandList commandList, const Range& passedIn) noexcept {
+    return parse(commandList, std::vector<Text>(passedIn.begin(), passedIn.end()));
+}
+
+}  // namespace Optrella
+
+// A result hashes as its text does.
+template <>
+struct std::hash<Optrella::parsingError> {
+    std::size_t operator()(Optrella::parsingError error) const noexcept {
+        return std::hash<Optrella::Text>()(Optrella::rawValue(error));
+    }
+};
+
+#endif
