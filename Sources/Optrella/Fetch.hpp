@@ -1,0 +1,51 @@
+// Fetch.hpp - the values of the parameters, asked for inside an action.
+//
+// Each operation takes `type`, the parameter as it was declared, and `list`, what the action was
+// given. It finds the first element of the list that isEqualTo the declaration (of a parameter that
+// was given twice: the first one) and returns a copy of its value. The operations read only their
+// arguments; they are safe on any thread.
+
+#ifndef OPTRELLA_FETCH_HPP
+#define OPTRELLA_FETCH_HPP
+
+#include <cstdint>
+#include <optional>
+
+#include "Optrella/Parameters.hpp"
+#include "Optrella/Values.hpp"
+
+namespace Optrella {
+
+// Whether the parameter was given; of any kind, a tool's own ones too.
+[[nodiscard]] bool hasOptional(const ParameterProtocol& type, const Parameters& list) noexcept;
+
+// Whether the flag was given.
+[[nodiscard]] bool fetchOptionalNone(const ParameterNone& type, const Parameters& list) noexcept;
+
+// Nothing when the parameter was not given.
+[[nodiscard]] std::optional<Text> fetchOptionalString(const ParameterString& type,
+                                                      const Parameters& list) noexcept;
+// The all-zero UUID when what was given is none.
+[[nodiscard]] std::optional<UUID> fetchOptionalUUID(const ParameterUUID& type,
+                                                    const Parameters& list) noexcept;
+// -1 when what was given is no number.
+[[nodiscard]] std::optional<std::int64_t> fetchOptionalNumber(const ParameterNumber& type,
+                                                              const Parameters& list) noexcept;
+// The chosen option.
+[[nodiscard]] std::optional<ParameterNone> fetchOptionalListOption(const ParameterList& type,
+                                                                   const Parameters& list) noexcept;
+[[nodiscard]] std::optional<FileURL> fetchOptionalURL(const ParameterFileURL& type,
+                                                      const Parameters& list) noexcept;
+
+// The same for required parameters. These STOP the process when the parameter was not given.
+[[nodiscard]] Text fetchString(const ParameterString& type, const Parameters& list) noexcept;
+[[nodiscard]] UUID fetchUUID(const ParameterUUID& type, const Parameters& list) noexcept;
+[[nodiscard]] std::int64_t fetchNumber(const ParameterNumber& type,
+                                       const Parameters& list) noexcept;
+[[nodiscard]] ParameterNone fetchListOption(const ParameterList& type,
+                                            const Parameters& list) noexcept;
+[[nodiscard]] FileURL fetchURL(const ParameterFileURL& type, const Parameters& list) noexcept;
+
+}  // namespace Optrella
+
+#endif
