@@ -1,0 +1,54 @@
+#include "Optrella/CommandLineExitStatus.hpp"
+
+#include <optional>
+#include <string>
+
+#include "Optrella/Internal/CommandLineExitStatus.hpp"
+#include "Optrella/Platform/Log.hpp"
+#include "Optrella/Platform/Process.hpp"
+
+namespace Optrella {
+
+namespace Internal {
+
+const Text& subsystem() {
+    static const Text text = [] {
+        const std::optional<std::string> identifier = Platform::bundleIdentifier();
+        return identifier ? Text(*identifier) : Text("com.brenvale.package.Optrella");
+    }();
+    return text;
+}
+
+}  // namespace Internal
+
+namespace {
+
+// The last component of a path; the folders above it are nobody's business in a log.
+constexpr const char* fileName(const char* path) noexcept {
+    const char* name = path;
+    for (const char* c = path; *c != '\0'; ++c) {
+        if (*c == '/') name = c + 1;
+    }
+    return name;
+}
+
+const Platform::Log& log() {
+    static constexpr const char* category = fileName(__FILE__);
+    static const Platform::Log log{Internal::subsystem().c_str(), category};
+    return log;
+}
+
+}  // namespace
+
+CommandLineExitStatus& CommandLineExitStatus::shared() noexcept {
+    static CommandLineExitStatus status;
+    return status;
+}
+
+void outputErrorMessage(const Text& message) noexcept {
+    Platform::logInfo(log(), "outputErrorMessage(message:)", message);
+    Platform::writeStandardError(message);
+    Platform::writeStandardError("\n");
+}
+
+}  // namespace Optrella

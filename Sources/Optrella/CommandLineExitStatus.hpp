@@ -1,0 +1,38 @@
+// CommandLineExitStatus.hpp - the exit status slot and error messages.
+//
+// Both are for the tool alone: nothing in the library reads or sets the status, or reports an error
+// this way.
+
+#ifndef OPTRELLA_COMMANDLINEEXITSTATUS_HPP
+#define OPTRELLA_COMMANDLINEEXITSTATUS_HPP
+
+#include <cstdint>
+
+#include "Optrella/Text.hpp"
+
+namespace Optrella {
+
+// Where an action leaves the status with which the tool is to end. There is one for the process.
+// The slot has no lock: what an action writes may be read when parse has returned.
+class CommandLineExitStatus {
+public:
+    [[nodiscard]] static CommandLineExitStatus& shared() noexcept;
+
+    // -100 until somebody sets it, so that a status that nobody set can be told from success.
+    std::int32_t exitStatus = -100;
+
+    CommandLineExitStatus(const CommandLineExitStatus&) = delete;
+    CommandLineExitStatus& operator=(const CommandLineExitStatus&) = delete;
+
+private:
+    CommandLineExitStatus() = default;
+};
+
+// Writes the message to standard error and, in a second write, a line end; nothing is buffered, and
+// a failure is not reported. It is recorded in the system log too, at the info level, where the
+// message itself counts as private. Safe on any thread; messages of two threads may interleave.
+void outputErrorMessage(const Text& message) noexcept;
+
+}  // namespace Optrella
+
+#endif
