@@ -24,14 +24,18 @@ namespace Internal {
 
 struct Declaration;  // reads the fields of a CommandLinePossibility
 
+class Action;
+
+// What an action can be made of: anything that can be called with the given parameters.
+template <class Callable>
+concept Runnable =
+    std::is_invocable_v<Callable&, const Parameters&> && !std::is_same_v<Callable, Action>;
+
 // A callable that copies share, its state included. One without state costs no heap.
 class Action {
 public:
-    template <class Callable>
-    requires(!std::is_same_v<std::remove_cvref_t<Callable>, Action> &&
-             std::is_invocable_v<std::decay_t<Callable>&, const Parameters&>)
-        Action(Callable&& callable) {
-        using Stored = std::decay_t<Callable>;
+    template <class Callable, Runnable Stored = std::decay_t<Callable>>
+    Action(Callable&& callable) {
         if constexpr (std::is_empty_v<Stored> && std::is_default_constructible_v<Stored>) {
             call_ = [](void*, const Parameters& given) { static_cast<void>(Stored{}(given)); };
         } else {
@@ -89,6 +93,18 @@ private:
     bool hidden_;
 };
 
+namespace Internal {
+
+template <class Range>
+concept Declarations = std::convertible_to<const Range&, std::span<const CommandLinePossibility>>;
+
+// Texts of another type, such as a vector of std::string.
+template <class Range>
+concept TextRange = !std::convertible_to<const Range&, std::span<const Text>> &&
+                    std::constructible_from<Text, decltype(*std::declval<const Range&>().begin())>;
+
+}  // namespace Internal
+
 // A view of a tool's declarations: of an array, a vector, a span or a list in braces.
 class CommandList {
 public:
@@ -97,8 +113,7 @@ public:
         : declarations_(first, count) {}
     constexpr CommandList(std::initializer_list<CommandLinePossibility> declarations) noexcept
         : declarations_(declarations.begin(), declarations.size()) {}
-    template <class Range>
-    requires std::convertible_to<const Range&, std::span<const CommandLinePossibility>>
+    template <Internal::Declarations Range>
     constexpr CommandList(const Range& declarations) noexcept : declarations_(declarations) {}
 
     [[nodiscard]] constexpr auto begin() const noexcept { return declarations_.begin(); }
@@ -132,10 +147,8 @@ private:
                                         std::initializer_list<Text> passedIn) noexcept {
     return parse(commandList, std::span<const Text>(passedIn.begin(), passedIn.size()));
 }
-template <class Range>
-requires(!std::convertible_to<const Range&, std::span<const Text>> && requires(const Range& texts) {
-    std::vector<Text>(texts.begin(), texts.end());
-}) [[nodiscard]] parsingError parse(CommandList commandList, const Range& passedIn) noexcept {
+template <Internal::TextRange Range>
+[[nodiscard]] parsingError parse(CommandList commandList, const Range& passedIn) noexcept {
     return parse(commandList, std::vector<Text>(passedIn.begin(), passedIn.end()));
 }
 

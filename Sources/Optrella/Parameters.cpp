@@ -99,7 +99,7 @@ std::size_t hashValue(const commonDetails& common, std::size_t seed) noexcept {
     hasher.feed(common.tags.size());
     for (const Text& tag : common.tags) hasher.feed(tag);
     hasher.feed(common.userValue);
-    hasher.feed(std::size_t{common.hasParameter});
+    hasher.feed(static_cast<std::size_t>(common.hasParameter));
     hasher.feed(common.parameterName);
     return hasher.finalised();
 }

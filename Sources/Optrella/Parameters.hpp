@@ -172,22 +172,27 @@ concept InheritsStoreUserValue = requires {
 };
 
 template <class Kind>
-concept NamesCommon =
-    std::is_class_v<Kind> && !std::same_as<Kind, ParameterProtocol> && requires(Kind & kind) {
+concept HasMemberCommon = requires(Kind& kind) {
     kind.common;
 };
+template <class Kind>
+concept NamesCommon =
+    std::is_class_v<Kind> && !std::same_as<Kind, ParameterProtocol> && HasMemberCommon<Kind>;
 template <class Kind>
 concept HasCommon = requires(Kind& kind) {
     { (kind.common) } -> std::same_as<commonDetails&>;
     requires std::is_member_object_pointer_v<decltype(&Kind::common)>;
 };
 
+template <class Given>
+concept IsList = requires(const Given& given) {
+    given.begin();
+};
+
 // A class that somebody put where a kind belongs; a list of parameters is not one.
 template <class Given>
 concept NoParameterKind = std::is_class_v<Given> && !std::same_as<Given, ParameterProtocol> &&
-                          !NamesCommon<Given> && !requires(const Given& given) {
-    given.begin();
-};
+                          !NamesCommon<Given> && !IsList<Given>;
 
 template <class Other>
 Other kindOfDefaults(const ParameterDefaults<Other>&);
@@ -234,13 +239,11 @@ class ParameterProtocol {
 public:
     // Constrained by no more than a `common`: what is wrong with a kind is said by name below,
     // where a list in braces would hide it.
-    template <class Given, class Kind = std::remove_cvref_t<Given>>
-    requires Internal::NamesCommon<Kind> ParameterProtocol(Given&& kind);
+    template <class Given, Internal::NamesCommon Kind = std::remove_cvref_t<Given>>
+    ParameterProtocol(Given&& kind);
 
-    template <class Given>
-    requires Internal::NoParameterKind<std::remove_cvref_t<Given>> ParameterProtocol(
-        Given&& kindWithoutCommon)
-    = delete;
+    template <class Given, Internal::NoParameterKind = std::remove_cvref_t<Given>>
+    ParameterProtocol(Given&& kindWithoutCommon) = delete;
 
     ParameterProtocol(const ParameterProtocol& other) : operations_(other.operations_) {
         operations_->copy(other.kind(), storage_);
@@ -591,8 +594,8 @@ const Internal::KindOperations Internal::KindTable<ParameterList>::operations;
 template <>
 const Internal::KindOperations Internal::KindTable<ParameterFileURL>::operations;
 
-template <class Given, class Kind>
-requires Internal::NamesCommon<Kind> ParameterProtocol::ParameterProtocol(Given&& kind)
+template <class Given, Internal::NamesCommon Kind>
+ParameterProtocol::ParameterProtocol(Given&& kind)
     : operations_(&Internal::KindTable<Kind>::operations) {
     static_assert(ParameterKind<Kind>,
                   "a kind must be a copyable class with a member `commonDetails common`");

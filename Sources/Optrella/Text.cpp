@@ -49,7 +49,7 @@ void Text::release() noexcept {
     if (header->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) ::operator delete(header);
 }
 
-std::string Text::str() const { return std::string(bytes_, size()); }
+std::string Text::str() const { return {bytes_, size()}; }
 
 bool Text::equal(const Text& left, const Text& right) noexcept {
     if (left.isASCII() && right.isASCII() && left.size() != right.size()) return false;

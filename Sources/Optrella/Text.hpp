@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <iosfwd>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 namespace Optrella {
 
@@ -78,19 +80,9 @@ public:
         : bytes_(other.bytes_), sizeAndFlags_(other.sizeAndFlags_) {
         other.forget();
     }
-    constexpr Text& operator=(const Text& other) noexcept {
-        if (other.isShared()) other.retain();
-        if (isShared()) release();
-        bytes_ = other.bytes_;
-        sizeAndFlags_ = other.sizeAndFlags_;
-        return *this;
-    }
-    constexpr Text& operator=(Text&& other) noexcept {
-        if (this == &other) return *this;
-        if (isShared()) release();
-        bytes_ = other.bytes_;
-        sizeAndFlags_ = other.sizeAndFlags_;
-        other.forget();
+    constexpr Text& operator=(Text other) noexcept {
+        std::swap(bytes_, other.bytes_);
+        std::swap(sizeAndFlags_, other.sizeAndFlags_);
         return *this;
     }
     // Also what a template assigns from an array that was handed on.

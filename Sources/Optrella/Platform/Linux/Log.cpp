@@ -14,7 +14,8 @@ namespace Optrella::Platform {
 namespace {
 
 bool isInfoWanted() noexcept {
-    const int mask = ::setlogmask(0);  // zero asks and changes nothing
+    // Zero asks and changes nothing; the C library keeps the mask in one plain int.
+    const int mask = ::setlogmask(0);  // NOLINT(concurrency-mt-unsafe)
     return (mask & LOG_MASK(LOG_INFO)) != 0;
 }
 
@@ -26,7 +27,7 @@ std::string timeStamp() {
     std::tm local{};
     ::localtime_r(&now, &local);
     char stamp[32];
-    std::strftime(stamp, sizeof stamp, " %e %H:%M:%S", &local);
+    static_cast<void>(std::strftime(stamp, sizeof stamp, " %e %H:%M:%S", &local));
     return std::string(months[local.tm_mon]) + stamp;
 }
 

@@ -10,8 +10,8 @@ namespace Optrella::Platform {
 
 namespace {
 
-struct Work {
-    void (*function)(void* context);
+struct Job {
+    void (*work)(void* context);
     void* context;
 };
 
@@ -27,18 +27,18 @@ void lowerPriority() noexcept {
 }
 
 extern "C" void* callWork(void* argument) {
-    const Work work = *static_cast<Work*>(argument);
+    const Job job = *static_cast<Job*>(argument);
     lowerPriority();
-    work.function(work.context);
+    job.work(job.context);
     return nullptr;
 }
 
 }  // namespace
 
-bool runOnWorker(void (*function)(void* context), void* context) {
-    Work work{function, context};
+bool runOnWorker(void (*work)(void* context), void* context) {
+    Job job{work, context};
     pthread_t thread;
-    if (::pthread_create(&thread, nullptr, callWork, &work) != 0) return false;
+    if (::pthread_create(&thread, nullptr, callWork, &job) != 0) return false;
     // Waits for the end of the thread, whenever that comes, and is never interrupted by a signal.
     ::pthread_join(thread, nullptr);
     return true;
