@@ -1,0 +1,62 @@
+// FakePlatform.hpp - a platform that records what it is asked and answers as a test scripts it.
+//
+// Linked in place of the real one, it shows what the library itself decides: which question it asks
+// of the system, how often, and what it does with the answer.
+
+#ifndef OPTRELLA_TESTS_SUPPORT_FAKEPLATFORM_HPP
+#define OPTRELLA_TESTS_SUPPORT_FAKEPLATFORM_HPP
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace Tests {
+
+struct FakePlatform {
+    struct Membership {
+        std::string user;
+        std::uint32_t group;
+        friend bool operator==(const Membership&, const Membership&) = default;
+    };
+    struct LogEntry {
+        std::string subsystem, category, label, message;
+        friend bool operator==(const LogEntry&, const LogEntry&) = default;
+    };
+
+    // Answers.
+    std::optional<std::string> user = "tester";
+    std::set<std::uint32_t> groupsOfUser;
+    std::set<std::string> existingPaths;
+    std::set<std::string> folders;
+    std::optional<std::string> currentDirectory = "/here";
+    std::optional<std::string> bundleIdentifier;
+    bool canStartThreads = true;
+
+    // Questions.
+    int userQuestions = 0;
+    std::vector<Membership> membershipQuestions;
+    std::vector<std::string> existenceQuestions;
+    int bundleQuestions = 0;
+
+    // What reached the system.
+    int threadsStarted = 0;
+    std::vector<LogEntry> logEntries;
+    std::vector<std::string> errorWrites;
+};
+
+// The platform of the running test.
+FakePlatform& platform();
+
+// A test with a new platform.
+class PolicyTest : public testing::Test {
+protected:
+    PolicyTest() { platform() = FakePlatform(); }
+};
+
+}  // namespace Tests
+
+#endif

@@ -1,0 +1,634 @@
+#include "Optrella/CommandLine.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <unordered_set>
+#include <vector>
+
+#include "Optrella/Internal/CommandLine.hpp"
+#include "Support/Capture.hpp"
+#include "Support/Death.hpp"
+#include "Support/FakePlatform.hpp"
+
+namespace {
+
+using namespace Optrella;
+using Internal::couldRun;
+using Internal::Declaration;
+using Tests::platform;
+using Tests::printed;
+
+void doNothing(const Parameters&) {}
+
+CommandLinePossibility command(Parameters required, Parameters optional = {}) {
+    return {false, std::move(required), std::move(optional), "help", false, doNothing};
+}
+
+CommandLinePossibility running(Parameters required, Internal::Action run) {
+    return {false, std::move(required), {}, "help", false, std::move(run)};
+}
+
+CommandLinePossibility rootCommand(Parameters required) {
+    return {true, std::move(required), {}, "help", false, doNothing};
+}
+
+// A parameter as "tag=value", with the first tag.
+std::vector<std::string> shown(const Parameters& parameters) {
+    std::vector<std::string> texts;
+    for (const ParameterProtocol& parameter : parameters) {
+        texts.push_back(parameter.firstTag().str() + "=" + parameter.common().userValue.str());
+    }
+    return texts;
+}
+
+using Texts = std::vector<std::string>;
+
+struct Filled {
+    Texts required;
+    Texts optional;
+    friend bool operator==(const Filled&, const Filled&) = default;
+};
+void PrintTo(const Filled& filled, std::ostream* stream) {
+    *stream << "required " << testing::PrintToString(filled.required) << " optional "
+            << testing::PrintToString(filled.optional);
+}
+
+std::optional<Filled> filled(const CommandLinePossibility& declaration,
+                             const std::vector<Text>& arguments) {
+    const auto fit = couldRun(declaration, arguments);
+    if (!fit) return std::nullopt;
+    return Filled{shown(Declaration::required(*fit)), shown(Declaration::optional(*fit))};
+}
+
+const ParameterNone flagA{{"-a"}, ""};
+const ParameterNone flagB{{"-b", "--bee"}, ""};
+const ParameterString textX{{"-x", "--ex"}, "x", ""};
+const ParameterString textY{{"-y"}, "y", ""};
+
+// ---- parsingError ----
+
+TEST(ParsingError, CaseAndTextBelongTogether) {
+    const std::pair<parsingError, const char*> cases[] = {
+        {parsingError::NoError, "Parse successful"},
+        {parsingError::MissingParameter, "Missing Parameter"},
+        {parsingError::NoMatchingLine, "Unknown command line"},
+        {parsingError::NoCommandLine, "No command line specified"}};
+    for (const auto& [error, text] : cases) {
+        EXPECT_EQ(rawValue(error), text);
+        EXPECT_EQ(fromRawValue<parsingError>(text), error);
+    }
+}
+
+TEST(ParsingError, NoOtherTextIsACase) {
+    for (const char* text : {"unknown command line", "NoError", "", "Parse successful ",
+                             "Parse successfu", "Unknown command lines"}) {
+        EXPECT_EQ(fromRawValue<parsingError>(text), std::nullopt) << text;
+    }
+}
+
+TEST(ParsingError, HashesAsItsTextDoes) {
+    EXPECT_EQ(std::hash<parsingError>()(parsingError::NoMatchingLine),
+              std::hash<Text>()("Unknown command line"));
+    EXPECT_EQ((std::unordered_set{parsingError::NoError, parsingError::NoError,
+                                  parsingError::NoCommandLine})
+                  .size(),
+              2U);
+}
+
+// ---- The declaration ----
+
+TEST(CommandLinePossibility, KeepsWhatItIsGivenUnchanged) {
+    const CommandLinePossibility declaration{
+        true, {flagA, flagA, textX}, {textY}, "The help", true, doNothing};
+    EXPECT_EQ(shown(Declaration::required(declaration)), (Texts{"-a=", "-a=", "-x="}));
+    EXPECT_EQ(shown(Declaration::optional(declaration)), (Texts{"-y="}));
+    EXPECT_EQ(Declaration::help(declaration), "The help");
+    EXPECT_TRUE(Declaration::requiresRoot(declaration));
+    EXPECT_TRUE(Declaration::hidden(declaration));
+}
+
+TEST(CommandLinePossibility, CopiesShareTheActionAndItsState) {
+    int calls = 0;
+    const auto counting = [&calls, own = 0](const Parameters&) mutable { calls = ++own; };
+    const CommandLinePossibility declaration = running({flagA}, counting);
+    const CommandLinePossibility copy = declaration;
+    EXPECT_EQ(parse({declaration}, {"tool", "-a"}), parsingError::NoError);
+    EXPECT_EQ(parse({copy}, {"tool", "-a"}), parsingError::NoError);
+    EXPECT_EQ(calls, 2);
+}
+
+// ---- Matching ----
+
+TEST(CouldRun, EmptyArgumentsFitExactlyADeclarationWithoutRequiredParameters) {
+    EXPECT_EQ(filled(command({}), {}), Filled());
+    EXPECT_EQ(filled(command({}, {flagA, textX}), {}), Filled());
+    EXPECT_EQ(filled(command({flagA}), {}), std::nullopt);
+}
+
+TEST(CouldRun, StoresEachValueInACopyOfItsParameter) {
+    EXPECT_EQ(filled(command({flagA, textX}, {textY}), {"-a", "-x", "1", "-y", "2"}),
+              (Filled{{"-a=", "-x=1"}, {"-y=2"}}));
+}
+
+TEST(CouldRun, ListsTheParametersInTheOrderOfTheArguments) {
+    EXPECT_EQ(filled(command({flagA, textX}, {flagB, textY}), {"-y", "2", "-x", "1", "-b", "-a"}),
+              (Filled{{"-x=1", "-a="}, {"-y=2", "-b="}}));
+}
+
+TEST(CouldRun, ARequiredTagThatIsGivenTwiceMakesUpForAMissingOne) {
+    EXPECT_EQ(filled(command({textX, flagB}), {"-x", "1", "-x", "2"}),
+              (Filled{{"-x=1", "-x=2"}, {}}));
+    EXPECT_EQ(filled(command({flagA, flagB}), {"-a", "-a"}), (Filled{{"-a=", "-a="}, {}}));
+}
+
+TEST(CouldRun, MoreOrFewerRequiredTagsThanDeclaredDoNotFit) {
+    EXPECT_EQ(filled(command({flagA, flagB}), {"-a"}), std::nullopt);
+    EXPECT_EQ(filled(command({flagA, flagB}), {"-a", "-b", "-a"}), std::nullopt);
+}
+
+TEST(CouldRun, OptionalParametersMayRepeatAndMayBeLeftOut) {
+    const CommandLinePossibility declaration = command({}, {flagA, textX});
+    EXPECT_EQ(filled(declaration, {"-a", "-a", "-x", "1", "-x", "2"}),
+              (Filled{{}, {"-a=", "-a=", "-x=1", "-x=2"}}));
+    EXPECT_EQ(filled(declaration, {"-a"}), (Filled{{}, {"-a="}}));
+}
+
+TEST(CouldRun, AValueMayEqualATag) {
+    EXPECT_EQ(filled(command({textX}, {flagA}), {"-x", "-a"}), (Filled{{"-x=-a"}, {}}));
+    EXPECT_EQ(filled(command({textX}), {"-x", "-x"}), (Filled{{"-x=-x"}, {}}));
+}
+
+TEST(CouldRun, AnyTagOfAParameterSelectsIt) {
+    EXPECT_EQ(filled(command({textX, flagB}), {"--ex", "1", "--bee"}),
+              (Filled{{"-x=1", "-b="}, {}}));
+}
+
+TEST(CouldRun, ATagInBothSectionsIsTakenAsRequired) {
+    EXPECT_EQ(filled(command({flagA}, {flagA}), {"-a"}), (Filled{{"-a="}, {}}));
+    EXPECT_EQ(filled(command({flagA}, {flagA}), {"-a", "-a"}), std::nullopt);
+}
+
+TEST(CouldRun, OfTwoParametersThatShareATagTheLaterOneIsTaken) {
+    const ParameterNone early{{"-s", "-e"}, ""};
+    const ParameterString late{{"-l", "-s"}, "value", ""};
+    EXPECT_EQ(filled(command({}, {early, late}), {"-s", "1"}), (Filled{{}, {"-l=1"}}));
+    EXPECT_EQ(filled(command({}, {late, early}), {"-s"}), (Filled{{}, {"-s="}}));
+}
+
+TEST(CouldRun, TagsAreComparedWholeAndByCase) {
+    const CommandLinePossibility declaration = command({}, {flagB, textX});
+    for (const char* argument : {"-B", "--be", "--bees", "-b ", " -b", "b", "", "--ex=1", "-x1"}) {
+        EXPECT_EQ(filled(declaration, {argument}), std::nullopt) << argument;
+    }
+}
+
+TEST(CouldRun, TagsAreComparedByCanonicalEquivalence) {
+    const ParameterNone cafe{{"caf\u00E9"}, ""};
+    const ParameterNone kelvin{{"\u212A"}, ""};
+    EXPECT_EQ(filled(command({cafe}), {"cafe\u0301"}), (Filled{{"caf\u00E9="}, {}}));
+    EXPECT_EQ(filled(command({kelvin}), {"K"}), (Filled{{"\u212A="}, {}}));
+    EXPECT_EQ(filled(command({kelvin}), {"k"}), std::nullopt);
+}
+
+TEST(CouldRun, AnEmptyTextIsATagAndAValueLikeAnyOther) {
+    const ParameterNone empty{{""}, ""};
+    EXPECT_EQ(filled(command({empty, textX}), {"", "-x", ""}), (Filled{{"=", "-x="}, {}}));
+}
+
+TEST(CouldRun, BytesThatAreNotUTF8PassUntouched) {
+    EXPECT_EQ(filled(command({textX}), {"-x", "a\xFFz\xED\xA0\x80"}),
+              (Filled{{"-x=a\xFFz\xED\xA0\x80"}, {}}));
+}
+
+TEST(CouldRun, AnArgumentThatIsNoTagIsSilent) {
+    EXPECT_EQ(printed([] { EXPECT_FALSE(filled(command({flagA}), {"-a", "-z"})); }), "");
+}
+
+TEST(CouldRun, ADanglingTagNamesTheFirstTagOfItsParameter) {
+    EXPECT_EQ(printed([] { EXPECT_FALSE(filled(command({textX}), {"--ex"})); }),
+              "Missing argument for -x\n");
+}
+
+TEST(CouldRun, ADanglingTagIsNamedEvenWhenRequiredOnesAreMissing) {
+    EXPECT_EQ(printed([] { EXPECT_FALSE(filled(command({flagA}, {textX}), {"-x"})); }),
+              "Missing argument for -x\n");
+}
+
+TEST(CouldRun, TheFilledInDeclarationIsNeverHiddenAndKeepsTheRest) {
+    const CommandLinePossibility hidden{true, {flagA}, {}, "The help", true, doNothing};
+    const std::vector<Text> arguments{"-a"};
+    const auto fit = couldRun(hidden, arguments);
+    ASSERT_TRUE(fit);
+    EXPECT_FALSE(Declaration::hidden(*fit));
+    EXPECT_TRUE(Declaration::requiresRoot(*fit));
+    EXPECT_EQ(Declaration::help(*fit), "The help");
+}
+
+TEST(CouldRun, TheDeclarationStaysAsItWas) {
+    const CommandLinePossibility declaration = command({textX}, {textY});
+    EXPECT_NE(filled(declaration, {"-x", "1", "-y", "2"}), std::nullopt);
+    EXPECT_EQ(shown(Declaration::required(declaration)), (Texts{"-x="}));
+    EXPECT_EQ(shown(Declaration::optional(declaration)), (Texts{"-y="}));
+    EXPECT_EQ(filled(declaration, {"-x", "3"}), (Filled{{"-x=3"}, {}}));
+}
+
+// A kind of a tool's own that keeps a journal of its copies being stored into.
+struct Journalled {
+    commonDetails common{.tags = {"-j"}, .parameterName = "text"};
+    Texts* journal = nullptr;
+
+    void storeUserValue(Text newValue) {
+        journal->push_back(newValue.str());
+        common.userValue = "<" + newValue.str() + ">";
+    }
+};
+
+TEST(CouldRun, AnOwnStoreUserValueIsCalledOnceForEachValueAndItsResultIsKept) {
+    Texts journal;
+    const Journalled own{.journal = &journal};
+    EXPECT_EQ(filled(command({own, textX}, {}), {"-j", "1", "-x", "2"}),
+              (Filled{{"-j=<1>", "-x=2"}, {}}));
+    EXPECT_EQ(journal, (Texts{"1"}));
+    EXPECT_EQ(filled(command({}, {own}), {"-j", "1", "-j", "2"}),
+              (Filled{{}, {"-j=<1>", "-j=<2>"}}));
+    EXPECT_EQ(own.common.userValue, "");
+}
+
+TEST(CouldRun, AnOwnStoreUserValueIsCalledOnWalksThatComeToNothingToo) {
+    Texts journal;
+    const Journalled own{.journal = &journal};
+    EXPECT_EQ(filled(command({own, flagA}), {"-j", "1", "-z"}), std::nullopt);
+    EXPECT_EQ(filled(command({own, flagA}), {"-j", "2"}), std::nullopt);
+    EXPECT_EQ(journal, (Texts{"1", "2"}));
+    EXPECT_EQ(printed([&] {
+                  EXPECT_FALSE(filled(command({own}), {"-j", "3", "-j"}));
+              }),
+              "Missing argument for -j\n");
+    EXPECT_EQ(journal, (Texts{"1", "2", "3"}));
+}
+
+TEST(CouldRun, AnOwnStoreUserValueComesBeforeTheMissingArgumentIsPrinted) {
+    struct Printing {
+        commonDetails common{.tags = {"-p"}, .parameterName = "text"};
+        void storeUserValue(const Text& newValue) { std::printf("%s\n", newValue.c_str()); }
+    };
+    EXPECT_EQ(printed([] {
+                  EXPECT_FALSE(filled(command({}, {Printing(), textX}), {"-p", "1", "-x"}));
+              }),
+              "1\nMissing argument for -x\n");
+}
+
+// ---- Validation ----
+
+const ParameterList listL{{"-l", "--list"}, {"a", "b"}, "l", ""};
+
+ParameterList listWith(const Text& word) {
+    ParameterList list = listL;
+    list.storeUserValue(word);
+    return list;
+}
+
+TEST(ValidateParameters, PrintsALineForEachFailureRequiredOnesFirst) {
+    const ParameterList other{{"-m"}, {"c"}, "m", ""};
+    EXPECT_EQ(
+        printed([&] {
+            EXPECT_FALSE(Internal::validateParameters(command({listWith("x"), flagA}, {other})));
+        }),
+        "Validation of parameter -l failed : Item x is not a valid option. It must be one of: a, "
+        "b\n"
+        "Validation of parameter -m failed : Item  is not a valid option. It must be one of: c\n");
+}
+
+TEST(ValidateParameters, ValidatesARepeatedParameterEachTime) {
+    EXPECT_EQ(
+        printed([] {
+            EXPECT_FALSE(Internal::validateParameters(command({}, {listWith("x"), listWith("y")})));
+        }),
+        "Validation of parameter -l failed : Item x is not a valid option. It must be one of: a, "
+        "b\n"
+        "Validation of parameter -l failed : Item y is not a valid option. It must be one of: a, "
+        "b\n");
+}
+
+TEST(ValidateParameters, IsTrueAndSilentWhenAllAreValid) {
+    EXPECT_EQ(printed([] {
+                  EXPECT_TRUE(Internal::validateParameters(command({listWith("a")}, {textX})));
+                  EXPECT_TRUE(Internal::validateParameters(command({})));
+              }),
+              "");
+}
+
+class ValidatePermissionsTest : public Tests::PolicyTest {};
+
+TEST_F(ValidatePermissionsTest, ACommandWithoutRootAsksNothing) {
+    EXPECT_TRUE(Internal::validatePermissions(command({flagA})));
+    EXPECT_EQ(platform().userQuestions, 0);
+    EXPECT_TRUE(platform().membershipQuestions.empty());
+}
+
+TEST_F(ValidatePermissionsTest, AMemberOfGroupZeroMayRunARootCommand) {
+    platform().groupsOfUser = {0};
+    EXPECT_EQ(printed([] { EXPECT_TRUE(Internal::validatePermissions(rootCommand({flagA}))); }),
+              "");
+    const std::vector<Tests::FakePlatform::Membership> asked{{"tester", 0}};
+    EXPECT_EQ(platform().membershipQuestions, asked);
+}
+
+TEST_F(ValidatePermissionsTest, AnybodyElseIsToldToUseSudo) {
+    platform().groupsOfUser = {20};
+    EXPECT_EQ(printed([] { EXPECT_FALSE(Internal::validatePermissions(rootCommand({flagA}))); }),
+              "Requested command line must be run as root. Try using sudo.\n");
+}
+
+// ---- Rendering ----
+
+TEST(Rendered, ShowsTextsInQuotationMarksWithACommaAndABlankBetween) {
+    const std::vector<Text> arguments{"a", "", "b c"};
+    EXPECT_EQ(Internal::rendered(arguments), R"(["a", "", "b c"])");
+    EXPECT_EQ(Internal::rendered({}), "[]");
+}
+
+TEST(Rendered, EscapesWhatWouldBreakTheQuotationOrTheTerminal) {
+    const std::vector<Text> arguments{"say \"x\"",    "it's",
+                                      "back\\slash",  std::string("\t\n\r\0\x1B\a", 6),
+                                      "\u2028\u202E", "\xFF"};
+    EXPECT_EQ(Internal::rendered(arguments),
+              R"(["say \"x\"", "it\'s", "back\\slash", "\t\n\r\0\u{1B}\u{07}", )"
+              R"("\u{2028}\u{202E}", "\x{FF}"])");
+}
+
+// ---- Parse ----
+
+class ParseTest : public Tests::PolicyTest {
+protected:
+    // What the action of the one declaration got.
+    static Texts given(const CommandLinePossibility& declaration, const std::vector<Text>& line) {
+        Texts texts;
+        const CommandLinePossibility recording{
+            Declaration::requiresRoot(declaration),
+            Declaration::required(declaration),
+            Declaration::optional(declaration),
+            "help",
+            false,
+            [&texts](const Parameters& parameters) { texts = shown(parameters); }};
+        EXPECT_EQ(parse({recording}, line), parsingError::NoError);
+        return texts;
+    }
+};
+
+TEST_F(ParseTest, AnswersNoCommandLineWithoutArguments) {
+    EXPECT_EQ(printed([] {
+                  const CommandLinePossibility declarations[] = {command({})};
+                  const char* const argv[] = {"tool", nullptr};
+                  EXPECT_EQ(parse(declarations, {"tool"}), parsingError::NoCommandLine);
+                  EXPECT_EQ(parse(declarations, std::vector<Text>()), parsingError::NoCommandLine);
+                  EXPECT_EQ(parse(declarations, 1, argv), parsingError::NoCommandLine);
+                  EXPECT_EQ(parse(declarations, 0, argv + 1), parsingError::NoCommandLine);
+                  EXPECT_EQ(parse({}, {}), parsingError::NoCommandLine);
+              }),
+              "");
+    EXPECT_EQ(platform().threadsStarted, 0);
+}
+
+TEST_F(ParseTest, RunsTheOneDeclarationThatFitsAndReturnsAfterIt) {
+    int runs = 0;
+    const CommandLinePossibility declarations[] = {
+        command({flagB}), running({flagA}, [&](const Parameters&) { ++runs; }), command({textX})};
+    EXPECT_EQ(printed([&] {
+                  EXPECT_EQ(parse(declarations, {"tool", "-a"}), parsingError::NoError);
+              }),
+              "");
+    EXPECT_EQ(runs, 1);
+    EXPECT_EQ(platform().threadsStarted, 1);
+}
+
+TEST_F(ParseTest, DropsTheProgramNameWhateverItIs) {
+    EXPECT_EQ(parse({command({flagA})}, {"-a", "-a"}), parsingError::NoError);
+}
+
+TEST_F(ParseTest, TakesArgcAndArgv) {
+    const char* const argv[] = {"tool", "-x", "a\xFF", nullptr};
+    Texts texts;
+    const CommandLinePossibility recording =
+        running({textX}, [&texts](const Parameters& parameters) { texts = shown(parameters); });
+    EXPECT_EQ(parse({recording}, 3, argv), parsingError::NoError);
+    EXPECT_EQ(texts, (Texts{"-x=a\xFF"}));
+}
+
+TEST_F(ParseTest, HandsRequiredParametersOnBeforeOptionalOnes) {
+    EXPECT_EQ(
+        given(command({textX, flagA}, {textY, flagB}), {"tool", "-b", "-a", "-y", "2", "-x", "1"}),
+        (Texts{"-a=", "-x=1", "-b=", "-y=2"}));
+}
+
+TEST_F(ParseTest, CallsTheActionOnAnotherThread) {
+    std::thread::id actionThread;
+    const auto declaration =
+        running({flagA}, [&](const Parameters&) { actionThread = std::this_thread::get_id(); });
+    EXPECT_EQ(parse({declaration}, {"tool", "-a"}), parsingError::NoError);
+    EXPECT_NE(actionThread, std::thread::id());
+    EXPECT_NE(actionThread, std::this_thread::get_id());
+}
+
+TEST_F(ParseTest, SaysThatNoDeclarationFits) {
+    const char* const expected =
+        "[\"add\", \"\", \"a b\"] is not a valid command line.\n Please refer to the help below.\n";
+    EXPECT_EQ(printed([] {
+                  EXPECT_EQ(parse({command({flagA}), command({flagB})}, {"tool", "add", "", "a b"}),
+                            parsingError::NoMatchingLine);
+              }),
+              expected);
+    EXPECT_EQ(printed([] {
+                  EXPECT_EQ(parse({}, {"tool", "add", "", "a b"}), parsingError::NoMatchingLine);
+              }),
+              expected);
+}
+
+TEST_F(ParseTest, IsSilentWhenSeveralDeclarationsFit) {
+    int runs = 0;
+    const auto counting = running({flagA}, [&](const Parameters&) { ++runs; });
+    EXPECT_EQ(
+        printed([&] {
+            EXPECT_EQ(parse({counting, counting}, {"tool", "-a"}), parsingError::NoMatchingLine);
+            EXPECT_EQ(parse({counting, command({}, {flagA}), counting}, {"tool", "-a"}),
+                      parsingError::NoMatchingLine);
+        }),
+        "");
+    EXPECT_EQ(runs, 0);
+    EXPECT_EQ(platform().threadsStarted, 0);
+}
+
+TEST_F(ParseTest, NamesADanglingTagOnceForEachDeclarationThatEndsPending) {
+    EXPECT_EQ(printed([] {
+                  EXPECT_EQ(parse({command({textX}), command({flagA}), command({flagA, textX}),
+                                   command({}, {textX})},
+                                  {"tool", "--ex"}),
+                            parsingError::NoMatchingLine);
+              }),
+              "Missing argument for -x\n"
+              "Missing argument for -x\n"
+              "Missing argument for -x\n"
+              "[\"--ex\"] is not a valid command line.\n Please refer to the help below.\n");
+}
+
+TEST_F(ParseTest, TriesEveryDeclarationAfterAFitToo) {
+    EXPECT_EQ(printed([] {
+                  const ParameterNone flagX{{"-x"}, ""};
+                  EXPECT_EQ(parse({command({flagX}), command({textX})}, {"tool", "-x"}),
+                            parsingError::NoError);
+              }),
+              "Missing argument for -x\n");
+}
+
+TEST_F(ParseTest, AnInvalidValueIsSaidAndNothingRuns) {
+    EXPECT_EQ(
+        printed([] {
+            EXPECT_EQ(parse({command({listL})}, {"tool", "-l", "x"}), parsingError::NoMatchingLine);
+        }),
+        "Validation of parameter -l failed : Item x is not a valid option. It must be one "
+        "of: a, b\n");
+    EXPECT_EQ(platform().threadsStarted, 0);
+}
+
+TEST_F(ParseTest, ValidatesOptionalParametersOnlyWhenTheyAreGiven) {
+    EXPECT_EQ(parse({command({flagA}, {listL})}, {"tool", "-a"}), parsingError::NoError);
+}
+
+TEST_F(ParseTest, AnInvalidValueIsNotTestedForPermission) {
+    const CommandLinePossibility root{true, {listL}, {}, "help", false, doNothing};
+    EXPECT_EQ(printed([&] {
+                  EXPECT_EQ(parse({root}, {"tool", "-l", "x"}), parsingError::NoMatchingLine);
+              }),
+              "Validation of parameter -l failed : Item x is not a valid option. It must be one "
+              "of: a, b\n");
+    EXPECT_EQ(platform().userQuestions, 0);
+}
+
+TEST_F(ParseTest, ARootCommandOfAnOrdinaryUserDoesNotRun) {
+    EXPECT_EQ(
+        printed([] {
+            EXPECT_EQ(parse({rootCommand({flagA})}, {"tool", "-a"}), parsingError::NoMatchingLine);
+        }),
+        "Requested command line must be run as root. Try using sudo.\n");
+    EXPECT_EQ(platform().threadsStarted, 0);
+}
+
+TEST_F(ParseTest, ARootCommandOfAMemberOfGroupZeroRuns) {
+    platform().groupsOfUser = {0};
+    EXPECT_EQ(given(rootCommand({textX}), {"tool", "-x", "1"}), (Texts{"-x=1"}));
+}
+
+TEST_F(ParseTest, WorksWithinAnAction) {
+    Texts order;
+    const auto inner = running({flagB}, [&](const Parameters&) { order.emplace_back("inner"); });
+    const auto outer = running({flagA}, [&](const Parameters&) {
+        order.emplace_back("outer begins");
+        EXPECT_EQ(parse({inner}, {"tool", "-b"}), parsingError::NoError);
+        order.emplace_back("outer ends");
+    });
+    EXPECT_EQ(parse({outer}, {"tool", "-a"}), parsingError::NoError);
+    EXPECT_EQ(order, (Texts{"outer begins", "inner", "outer ends"}));
+}
+
+TEST_F(ParseTest, KeepsTheStateOfAnActionOverTwoCalls) {
+    int last = 0;
+    const auto counting =
+        running({flagA}, [&last, own = 0](const Parameters&) mutable { last = ++own; });
+    EXPECT_EQ(parse({counting}, {"tool", "-a"}), parsingError::NoError);
+    EXPECT_EQ(parse({counting}, {"tool", "-a"}), parsingError::NoError);
+    EXPECT_EQ(last, 2);
+}
+
+TEST_F(ParseTest, StopsSilentlyWhenNoThreadCanBeStarted) {
+    platform().canStartThreads = false;
+    EXPECT_SILENT_STOP(parse({command({flagA})}, {"tool", "-a"}));
+}
+
+TEST_F(ParseTest, PrintsInOrderWithTheToolsOwnPrintf) {
+    EXPECT_EQ(
+        printed([] {
+            std::printf("before\n");
+            EXPECT_EQ(parse({command({textX})}, {"tool", "-x"}), parsingError::NoMatchingLine);
+            std::printf("after\n");
+        }),
+        "before\nMissing argument for -x\n"
+        "[\"-x\"] is not a valid command line.\n Please refer to the help below.\nafter\n");
+}
+
+TEST_F(ParseTest, TakesAHundredThousandArguments) {
+    std::vector<Text> line{"tool"};
+    for (int i = 0; i < 50000; ++i) {
+        line.emplace_back("-x");
+        line.emplace_back(std::to_string(i));
+    }
+    const Texts texts = given(command({}, {textX}), line);
+    ASSERT_EQ(texts.size(), 50000U);
+    EXPECT_EQ(texts.front(), "-x=0");
+    EXPECT_EQ(texts.back(), "-x=49999");
+}
+
+TEST_F(ParseTest, TakesArgumentsOfAMebibyte) {
+    const std::string large(std::size_t{1} << 20, 'a');
+    EXPECT_EQ(given(command({textX}), {"tool", "-x", large}), (Texts{"-x=" + large}));
+    EXPECT_EQ(
+        printed([&] {
+            EXPECT_EQ(parse({command({textX})}, {"tool", large}), parsingError::NoMatchingLine);
+        }),
+        "[\"" + large + "\"] is not a valid command line.\n Please refer to the help below.\n");
+}
+
+// ---- A kind of a tool's own ----
+
+struct PortParameter {
+    commonDetails common;
+    bool mayBePrivileged = false;
+
+    PortParameter(Tags tags, bool privileged, Text tagHelp)
+        : common{.tagHelp = std::move(tagHelp), .tags = std::move(tags), .parameterName = "port"},
+          mayBePrivileged(privileged) {}
+
+    [[nodiscard]] std::optional<int> number() const {
+        ParameterNumber number{{}, "", 0, 65535, ""};
+        number.storeUserValue(common.userValue);
+        const std::int64_t value = number.getValue();
+        if (value < (mayBePrivileged ? 1 : 1024) || value > 65535) return std::nullopt;
+        return static_cast<int>(value);
+    }
+    [[nodiscard]] std::optional<Text> validate() const {
+        if (number()) return std::nullopt;
+        return Text(common.userValue.str() + " is not a port");
+    }
+};
+
+class OwnKindTest : public Tests::PolicyTest {
+protected:
+    const PortParameter port{{"-p", "--port"}, false, "Port to listen on"};
+};
+
+TEST_F(OwnKindTest, IsMatchedValidatedAndFoundAgainInTheAction) {
+    std::optional<int> number;
+    const CommandLinePossibility serve{
+        false, {flagA, port}, {}, "Serve.", false, [&](const Parameters& given) {
+            for (const ParameterProtocol& parameter : given) {
+                if (parameter.isEqualTo(port)) number = parameter.as<PortParameter>()->number();
+                if (parameter.isEqualTo(flagA)) {
+                    EXPECT_EQ(parameter.as<PortParameter>(), nullptr);
+                }
+            }
+        }};
+    EXPECT_EQ(parse({serve}, {"tool", "--port", "8080", "-a"}), parsingError::NoError);
+    EXPECT_EQ(number, 8080);
+}
+
+TEST_F(OwnKindTest, IsRefusedByItsOwnValidate) {
+    EXPECT_EQ(
+        printed([&] {
+            EXPECT_EQ(parse({command({port})}, {"tool", "-p", "80"}), parsingError::NoMatchingLine);
+        }),
+        "Validation of parameter -p failed : 80 is not a port\n");
+}
+
+}  // namespace
