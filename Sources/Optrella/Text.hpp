@@ -98,6 +98,8 @@ public:
     [[nodiscard]] constexpr operator std::string_view() const noexcept { return {bytes_, size()}; }
     // The bytes with a NUL behind them.
     [[nodiscard]] constexpr const char* c_str() const noexcept { return bytes_; }
+    // A copy. Include <string> to use it; this header leaves it out, because it would cost every
+    // including file.
     [[nodiscard]] std::string str() const;
 
     // In bytes.
