@@ -105,7 +105,8 @@ concept TextRange = !std::convertible_to<const Range&, std::span<const Text>> &&
 
 }  // namespace Internal
 
-// A view of a tool's declarations: of an array, a vector, a span or a list in braces.
+// A view of a tool's declarations, for the time of a call: of an array, a vector, a span or a list
+// in braces. Not to be kept: it does not keep the declarations alive.
 class CommandList {
 public:
     constexpr CommandList() noexcept = default;

@@ -3,9 +3,9 @@
 // A kind is a plain record: copy it, keep it, hand it out. A tool declares its parameters with the
 // kinds' constructors and keeps them, because a value is asked for by its declaration. A parameter
 // list is a std::vector<ParameterProtocol>; every element owns its own copy of a kind.
-// A flag, a text, a number, a UUID or a path that is declared from literals is made by the compiler
-// and costs a start of the tool nothing. No operation here prints, keeps state between calls, or
-// reports by throwing.
+// A flag, a text, a number, a UUID or a path that is declared from literals, with up to two tags,
+// is made by the compiler and costs a start of the tool nothing. No operation here prints, keeps
+// state between calls, or reports by throwing.
 
 #ifndef OPTRELLA_PARAMETERS_HPP
 #define OPTRELLA_PARAMETERS_HPP
@@ -133,8 +133,9 @@ namespace Internal {
 [[nodiscard]] bool isSameDeclaration(const commonDetails& left,
                                      const commonDetails& right) noexcept;
 
-// A name that Kind has is ambiguous in the probe, whatever its type: so a kind that names an
-// operation in a wrong form is found, and does not silently get the default one.
+// Whether Kind has the name, whatever it is: so a kind that names an operation in a wrong form is
+// found, and does not silently get the default one. A name that Kind has is ambiguous in the probe;
+// a final kind cannot be probed, and is asked as far as a name alone can be.
 struct OperationNames {
     int validate, isEqualTo, storeUserValue;
 };
@@ -142,17 +143,23 @@ struct Unprobed {};
 template <class Kind>
 struct NameProbe : std::conditional_t<std::is_final_v<Kind>, Unprobed, Kind>, OperationNames {};
 template <class Kind>
-concept NamesValidate = !requires {
-    &NameProbe<Kind>::validate;
+concept ShowsValidate = requires {
+    &Kind::validate;
 };
 template <class Kind>
-concept NamesIsEqualTo = !requires {
-    &NameProbe<Kind>::isEqualTo;
+concept NamesValidate = ShowsValidate<Kind> || !ShowsValidate<NameProbe<Kind>>;
+template <class Kind>
+concept ShowsIsEqualTo = requires {
+    &Kind::isEqualTo;
 };
 template <class Kind>
-concept NamesStoreUserValue = !requires {
-    &NameProbe<Kind>::storeUserValue;
+concept NamesIsEqualTo = ShowsIsEqualTo<Kind> || !ShowsIsEqualTo<NameProbe<Kind>>;
+template <class Kind>
+concept ShowsStoreUserValue = requires {
+    &Kind::storeUserValue;
 };
+template <class Kind>
+concept NamesStoreUserValue = ShowsStoreUserValue<Kind> || !ShowsStoreUserValue<NameProbe<Kind>>;
 
 template <class Kind>
 concept HasValidate = requires(const Kind& kind) {
@@ -606,6 +613,8 @@ ParameterProtocol::ParameterProtocol(Given&& kind)
         "a kind's isEqualTo must be: bool isEqualTo(const ParameterProtocol& other) const");
     static_assert(!Internal::NamesStoreUserValue<Kind> || Internal::HasStoreUserValue<Kind>,
                   "a kind's storeUserValue must be: void storeUserValue(Text newValue)");
+    static_assert(!std::is_polymorphic_v<Kind>,
+                  "a kind must be a plain record: what derives from it would be cut off");
     static_assert(!Internal::HasForeignDefaults<Kind>,
                   "a kind that inherits ParameterDefaults must name itself: "
                   "struct Kind : ParameterDefaults<Kind>");

@@ -29,7 +29,7 @@ void textLiteralHoldsNUL() noexcept { fatalStop(); }
 
 }  // namespace Internal
 
-Text::Text(CopyOf, std::string_view bytes) {
+Text::Text(std::string_view bytes, CopyOf) {
     if (bytes.empty()) return;
     char* block = static_cast<char*>(::operator new(sizeof(Header) + bytes.size() + 1));
     ::new (block) Header{1};

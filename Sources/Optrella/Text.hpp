@@ -56,19 +56,19 @@ public:
         if (std::char_traits<char>::length(literal) != N - 1) Internal::textLiteralHoldsNUL();
     }
 
-    // Explicitly, and wherever a template hands an array on (optional, pair, emplace): nobody can
-    // know how long it lives, so it is copied up to its first NUL.
+    // Explicitly, as in Text("x"), and wherever a template hands an array on (optional, pair,
+    // emplace): nobody can know how long it lives, so it is copied, up to its first NUL.
     template <std::size_t N>
     requires Internal::AnyLength<N>
-    explicit Text(const char (&array)[N]) : Text(copyOf, std::string_view(array)) {}
+    explicit Text(const char (&array)[N]) : Text(std::string_view(array), copyOf) {}
 
     // A buffer: copied up to its first NUL.
     template <std::size_t N>
-    Text(char (&buffer)[N]) : Text(copyOf, std::string_view(buffer)) {}
+    Text(char (&buffer)[N]) : Text(std::string_view(buffer), copyOf) {}
 
     // Copied. STOPS the process when `source` is a null pointer.
     template <Internal::TextSource S>
-    Text(const S& source) : Text(copyOf, viewOf(source)) {}
+    Text(const S& source) : Text(viewOf(source), copyOf) {}
 
     Text(std::nullptr_t) = delete;
 
@@ -94,7 +94,8 @@ public:
         if (isShared()) release();
     }
 
-    // The bytes. Beware: std::string_view compares bytes, not texts.
+    // The bytes, as long as this text or a copy of it lives. Beware: std::string_view compares
+    // bytes, not texts.
     [[nodiscard]] constexpr operator std::string_view() const noexcept { return {bytes_, size()}; }
     // The bytes with a NUL behind them.
     [[nodiscard]] constexpr const char* c_str() const noexcept { return bytes_; }
@@ -127,7 +128,7 @@ public:
 
 private:
     enum CopyOf { copyOf };
-    Text(CopyOf, std::string_view bytes);
+    Text(std::string_view bytes, CopyOf);
 
     static constexpr std::size_t sharedFlag = 1;
     static constexpr std::size_t asciiFlag = 2;

@@ -25,7 +25,7 @@ bool standsInURLPath(char c) noexcept {
     const bool isAlphanumeric =
         (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
     return isAlphanumeric ||
-           (c != '\0' && std::string_view("-._~!$&'()*+,;=:@/").find(c) != std::string_view::npos);
+           std::string_view("-._~!$&'()*+,;=:@/").find(c) != std::string_view::npos;
 }
 
 std::string percentEncoded(std::string_view path) {
