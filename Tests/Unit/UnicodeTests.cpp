@@ -1,0 +1,385 @@
+#include "Optrella/Internal/Unicode.hpp"
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+using namespace Optrella::Internal;
+
+namespace {
+
+std::string escaped(std::string_view bytes) {
+    std::string text;
+    appendEscaped(text, bytes);
+    return text;
+}
+
+std::string withoutLast(std::size_t count, std::string bytes) {
+    dropLastCharacters(bytes, count);
+    return bytes;
+}
+
+// REQUIRES: no surrogate.
+std::string utf8(std::uint32_t c) {
+    const auto byte = [](std::uint32_t bits) { return static_cast<char>(bits); };
+    if (c < 0x80) return {byte(c)};
+    if (c < 0x800) return {byte(0xC0 | (c >> 6)), byte(0x80 | (c & 0x3F))};
+    if (c < 0x10000) {
+        return {byte(0xE0 | (c >> 12)), byte(0x80 | ((c >> 6) & 0x3F)), byte(0x80 | (c & 0x3F))};
+    }
+    return {byte(0xF0 | (c >> 18)), byte(0x80 | ((c >> 12) & 0x3F)), byte(0x80 | ((c >> 6) & 0x3F)),
+            byte(0x80 | (c & 0x3F))};
+}
+
+bool isSurrogate(std::uint32_t c) { return c >= 0xD800 && c <= 0xDFFF; }
+
+constexpr std::uint32_t endOfUnicode = 0x110000;
+
+const std::string family = "\U0001F468\u200D\U0001F469\u200D\U0001F467";
+const std::string germany = "\U0001F1E9\U0001F1EA";
+const std::string france = "\U0001F1EB\U0001F1F7";
+
+// Sequences that begin as UTF-8 does and are none.
+const std::string_view brokenSequences[] = {
+    "\x80",
+    "\xBF",
+    "\xC0\x80",
+    "\xC1\xBF",
+    "\xC3",
+    "\xE2\x82",
+    "\xE2",
+    "\xE0\x80\x80",
+    "\xED\xA0\x80",
+    "\xED\xBF\xBF",
+    "\xF0\x9F\x98",
+    "\xF0\x9F",
+    "\xF0",
+    "\xF0\x80\x80\x80",
+    "\xF4\x90\x80\x80",
+    "\xF5\x80\x80\x80",
+    "\xF8\x88\x80\x80\x80",
+    "\xFE",
+    "\xFF",
+};
+
+}  // namespace
+
+// ---- What bytes are ----
+
+TEST(ASCII, IsLostByOneHighByteAtAnyPosition) {
+    for (std::size_t size = 0; size <= 20; ++size) {
+        std::string bytes(size, 'x');
+        EXPECT_TRUE(isASCII(bytes)) << size;
+        for (std::size_t position = 0; position < size; ++position) {
+            bytes[position] = '\x80';
+            EXPECT_FALSE(isASCII(bytes)) << position << " of " << size;
+            bytes[position] = 'x';
+        }
+    }
+}
+
+TEST(ASCII, HoldsEveryByteBelow0x80) {
+    for (int byte = 0; byte < 256; ++byte) {
+        EXPECT_EQ(isASCII(std::string(1, static_cast<char>(byte))), byte < 0x80) << byte;
+    }
+}
+
+TEST(UTF8, IsWhatEncodesEachCodePoint) {
+    for (std::uint32_t c = 0; c < endOfUnicode; ++c) {
+        if (isSurrogate(c)) continue;
+        ASSERT_TRUE(isUTF8(utf8(c))) << std::hex << c;
+    }
+}
+
+TEST(UTF8, IsNoBrokenSequenceWhereverItStands) {
+    for (const std::string_view broken : brokenSequences) {
+        const std::string bytes(broken);
+        EXPECT_FALSE(isUTF8(bytes)) << escaped(broken);
+        EXPECT_FALSE(isUTF8("a" + bytes)) << escaped(broken);
+        EXPECT_FALSE(isUTF8(bytes + "a")) << escaped(broken);
+        EXPECT_FALSE(isUTF8("\u00E9" + bytes + "\U0001F600")) << escaped(broken);
+    }
+}
+
+// ---- Escapes ----
+
+TEST(Escapes, AreShortForTheUsualOnes) {
+    EXPECT_EQ(escaped("\t"), R"(\t)");
+    EXPECT_EQ(escaped("\n"), R"(\n)");
+    EXPECT_EQ(escaped("\r"), R"(\r)");
+    EXPECT_EQ(escaped(std::string_view("\0", 1)), R"(\0)");
+    EXPECT_EQ(escaped("\""), R"(\")");
+    EXPECT_EQ(escaped("'"), R"(\')");
+    EXPECT_EQ(escaped("\\"), R"(\\)");
+}
+
+TEST(Escapes, NameOtherControlCharactersByTheirNumber) {
+    EXPECT_EQ(escaped("\x01"), R"(\u{01})");
+    EXPECT_EQ(escaped("\x08"), R"(\u{08})");
+    EXPECT_EQ(escaped("\x1B[31m"), R"(\u{1B}[31m)");
+    EXPECT_EQ(escaped("\x7F"), R"(\u{7F})");
+    EXPECT_EQ(escaped("\u0080"), R"(\u{80})");
+    EXPECT_EQ(escaped("\u0085"), R"(\u{85})");
+    EXPECT_EQ(escaped("\u009B"), R"(\u{9B})");
+}
+
+TEST(Escapes, NameLineAndParagraphSeparators) {
+    EXPECT_EQ(escaped("a\u2028b\u2029c"), R"(a\u{2028}b\u{2029}c)");
+}
+
+TEST(Escapes, NameBidirectionalControls) {
+    EXPECT_EQ(escaped("\u061C"), R"(\u{61C})");
+    EXPECT_EQ(escaped("\u200E\u200F"), R"(\u{200E}\u{200F})");
+    EXPECT_EQ(escaped("\u202A\u202B\u202C\u202D\u202E"),
+              R"(\u{202A}\u{202B}\u{202C}\u{202D}\u{202E})");
+    EXPECT_EQ(escaped("\u2066\u2067\u2068\u2069"), R"(\u{2066}\u{2067}\u{2068}\u{2069})");
+}
+
+TEST(Escapes, LeaveEveryOtherCharacterAsItIs) {
+    for (std::uint32_t c = 0; c < endOfUnicode; ++c) {
+        const bool isControl = c < 0x20 || (c >= 0x7F && c <= 0x9F);
+        const bool isQuoting = c == '"' || c == '\'' || c == '\\';
+        const bool isSeparator = c == 0x2028 || c == 0x2029;
+        const bool isBidirectional = c == 0x061C || c == 0x200E || c == 0x200F ||
+                                     (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+        if (isSurrogate(c) || isControl || isQuoting || isSeparator || isBidirectional) continue;
+        ASSERT_EQ(escaped(utf8(c)), utf8(c)) << std::hex << c;
+    }
+}
+
+TEST(Escapes, LeaveInvisiblePrivateAndUnassignedCharactersInALongerText) {
+    const std::string text = "a\u00A0b\u00ADc\u200Bd\u200De\uFEFFf\uE000g\u0378h\U0010FFFFi\u2060";
+    EXPECT_EQ(escaped(text), text);
+}
+
+TEST(Escapes, NameEachByteThatIsNotPartOfUTF8) {
+    EXPECT_EQ(escaped("\xFF"), R"(\x{FF})");
+    EXPECT_EQ(escaped("\x80"), R"(\x{80})");
+    EXPECT_EQ(escaped("a\xC3"), R"(a\x{C3})");
+    EXPECT_EQ(escaped("\xC3z"), R"(\x{C3}z)");
+    EXPECT_EQ(escaped("\xE2\x82"), R"(\x{E2}\x{82})");
+    EXPECT_EQ(escaped("\xE2\x82\u20AC"), "\\x{E2}\\x{82}\u20AC");
+    EXPECT_EQ(escaped("\xF0\x9F\x98\""), R"(\x{F0}\x{9F}\x{98}\")");
+    EXPECT_EQ(escaped("\xED\xA0\x80"), R"(\x{ED}\x{A0}\x{80})");
+    EXPECT_EQ(escaped("\xC0\x80"), R"(\x{C0}\x{80})");
+    EXPECT_EQ(escaped("\xF4\x90\x80\x80"), R"(\x{F4}\x{90}\x{80}\x{80})");
+}
+
+TEST(Escapes, TellEveryBrokenSequenceByteByByte) {
+    for (const std::string_view broken : brokenSequences) {
+        std::string expected;
+        for (const char byte : broken) {
+            constexpr char digits[] = "0123456789ABCDEF";
+            const auto value = static_cast<unsigned char>(byte);
+            expected += std::string("\\x{") + digits[value / 16] + digits[value % 16] + '}';
+        }
+        EXPECT_EQ(escaped(broken), expected);
+    }
+}
+
+TEST(Escapes, AreAppended) {
+    std::string text = "\n before ";
+    appendEscaped(text, "\n");
+    EXPECT_EQ(text, "\n before \\n");
+}
+
+// ---- Characters ----
+
+TEST(Characters, AreThoseThatAUserSees) {
+    EXPECT_EQ(countCharacters(""), 0U);
+    EXPECT_EQ(countCharacters("abc"), 3U);
+    EXPECT_EQ(countCharacters("e\u0301\u0323"), 1U);
+    EXPECT_EQ(countCharacters("\u1100\u1161\u11A8"), 1U);
+    EXPECT_EQ(countCharacters(family), 1U);
+    EXPECT_EQ(countCharacters(germany + france), 2U);
+    EXPECT_EQ(countCharacters(germany + "\U0001F1EB"), 2U);
+    EXPECT_EQ(countCharacters("\r\n"), 1U);
+    EXPECT_EQ(countCharacters("\n\r"), 2U);
+    EXPECT_EQ(countCharacters(std::string_view("a\0b", 3)), 3U);
+}
+
+TEST(Characters, AreAllTheBytesOfABrokenSequence) {
+    for (const std::string_view broken : brokenSequences) {
+        EXPECT_EQ(countCharacters(broken), broken.size()) << escaped(broken);
+    }
+    EXPECT_EQ(countCharacters("e\xFF\u0301"), 3U);
+    EXPECT_EQ(countCharacters("\u0600\xFF"), 2U);  // not even a prepended character joins one
+}
+
+TEST(DroppedCharacters, AreAsManyAsAsked) {
+    EXPECT_EQ(withoutLast(0, "abc"), "abc");
+    EXPECT_EQ(withoutLast(1, "abc"), "ab");
+    EXPECT_EQ(withoutLast(2, "a, "), "a");
+    EXPECT_EQ(withoutLast(3, "abc"), "");
+}
+
+TEST(DroppedCharacters, AreAllWhenThereAreFewer) {
+    EXPECT_EQ(withoutLast(4, "abc"), "");
+    EXPECT_EQ(withoutLast(1, ""), "");
+    EXPECT_EQ(withoutLast(static_cast<std::size_t>(-1), "\u00E9\xFF\n"), "");
+}
+
+TEST(DroppedCharacters, TakeTheirMarksWithThem) {
+    EXPECT_EQ(withoutLast(1, "ae\u0301"), "a");
+    EXPECT_EQ(withoutLast(1, "a\u0301|\u0323\u0301"), "a\u0301");
+    EXPECT_EQ(withoutLast(1, "\u0301"), "");
+    EXPECT_EQ(withoutLast(1, "\n\u0301"), "\n");
+}
+
+TEST(DroppedCharacters, TakeAPrependedOneWithThem) {
+    EXPECT_EQ(withoutLast(1, "[ tag\u0600|"), "[ tag");
+    EXPECT_EQ(withoutLast(2, "[ tag\u0600, "), "[ tag");
+    EXPECT_EQ(withoutLast(1, "\u0600\n"), "\u0600");
+}
+
+TEST(DroppedCharacters, CountCarriageReturnAndLineFeedAsOne) {
+    EXPECT_EQ(withoutLast(1, "a\r\n"), "a");
+    EXPECT_EQ(withoutLast(1, "\r\n"), "");
+    EXPECT_EQ(withoutLast(1, "a\n\r"), "a\n");
+    EXPECT_EQ(withoutLast(1, "a\n\n"), "a\n");
+    EXPECT_EQ(withoutLast(1, "a\r\r"), "a\r");
+    EXPECT_EQ(withoutLast(1, "a\r\r\n"), "a\r");
+    EXPECT_EQ(withoutLast(1, "\r\na"), "\r\n");
+}
+
+TEST(DroppedCharacters, AreWholeEmojiAndFlags) {
+    EXPECT_EQ(withoutLast(1, "a" + family), "a");
+    EXPECT_EQ(withoutLast(1, family + family), family);
+    EXPECT_EQ(withoutLast(1, germany + france), germany);
+    EXPECT_EQ(withoutLast(1, germany + "\U0001F1EB"), germany);
+    EXPECT_EQ(withoutLast(1, "\n" + germany + "\U0001F1EB"), "\n" + germany);
+    EXPECT_EQ(withoutLast(1, "\u1100\u1161\uAC01\u11A8"), "\u1100\u1161");
+}
+
+TEST(DroppedCharacters, AreSingleBytesWhereTheyAreNotUTF8) {
+    EXPECT_EQ(withoutLast(1, "a\xFF"), "a");
+    EXPECT_EQ(withoutLast(1, "\xE2\x82"), "\xE2");
+    EXPECT_EQ(withoutLast(2, "a\xF0\x9F\x98"), "a\xF0");
+    EXPECT_EQ(withoutLast(1, "\xFF\u0301"), "\xFF");
+    EXPECT_EQ(withoutLast(1, "\xC3|"), "\xC3");
+}
+
+TEST(DroppedCharacters, KeepTheBytesBeforeThem) {
+    EXPECT_EQ(withoutLast(1, std::string("\0\xFF\n\u00E9|", 6)), std::string("\0\xFF\n\u00E9", 5));
+}
+
+// ---- Laws ----
+
+namespace {
+
+// Texts out of all that makes characters long, short or broken.
+rc::Gen<std::string> anyBytes() {
+    using namespace std::string_literals;
+    static const std::vector parts = {
+        "a"s,          "|"s,      ", "s,     "\r"s,       "\n"s,         "\r\n"s,
+        "\0"s,         "\x1B"s,   "\u0301"s, "\u0323"s,   "\u00E9"s,     "\u0600"s,
+        "\u200D"s,     "\u0903"s, "\u0915"s, "\u094D"s,   "\u1100"s,     "\u1161"s,
+        "\u11A8"s,     "\uAC00"s, "\uFE0F"s, "\u2028"s,   "\U0001F468"s, "\U0001F3FD"s,
+        "\U0001F1E9"s, "\xFF"s,   "\xC3"s,   "\xF0\x9F"s, "\x80"s};
+    return rc::gen::map(rc::gen::container<std::vector<std::string>>(rc::gen::elementOf(parts)),
+                        [](const std::vector<std::string>& some) {
+                            std::string bytes;
+                            for (const std::string& each : some) bytes += each;
+                            return bytes;
+                        });
+}
+
+}  // namespace
+
+RC_GTEST_PROP(DroppedCharacters, LowerTheCountByOneAndLeaveTheBeginning, ()) {
+    const std::string text = *rc::gen::nonEmpty(anyBytes());
+    const std::string left = withoutLast(1, text);
+    RC_ASSERT(text.starts_with(left));
+    RC_ASSERT(countCharacters(left) + 1 == countCharacters(text));
+}
+
+RC_GTEST_PROP(DroppedCharacters, AreOneCharacterThemselves, ()) {
+    const std::string text = *rc::gen::nonEmpty(anyBytes());
+    RC_ASSERT(countCharacters(text.substr(withoutLast(1, text).size())) == 1U);
+}
+
+RC_GTEST_PROP(DroppedCharacters, AreTheSameAtOnceAndOneByOne, ()) {
+    const std::string text = *anyBytes();
+    const auto count = *rc::gen::inRange<std::size_t>(0, 6);
+    std::string oneByOne = text;
+    for (std::size_t i = 0; i < count; ++i) oneByOne = withoutLast(1, oneByOne);
+    RC_ASSERT(withoutLast(count, text) == oneByOne);
+}
+
+RC_GTEST_PROP(Escapes, LeaveUTF8WithoutControlCharacters, ()) {
+    const std::string shown = escaped(*anyBytes());
+    RC_ASSERT(isUTF8(shown));
+    RC_ASSERT(std::none_of(shown.begin(), shown.end(), [](char c) { return c >= 0 && c < 0x20; }));
+}
+
+RC_GTEST_PROP(Escapes, AreOnesOfPartsWhereNoSequenceIsCutApart, ()) {
+    const std::string first = *rc::gen::suchThat(anyBytes(), isUTF8);
+    const std::string second = *anyBytes();
+    RC_ASSERT(escaped(first + second) == escaped(first) + escaped(second));
+}
+
+namespace {
+
+struct Twins {
+    std::string oneWay;
+    std::string otherWay;
+};
+
+// One text, written in two ways that differ in some of its parts.
+rc::Gen<Twins> anyTwins() {
+    static const std::vector<Twins> parts = {{"a", "a"},
+                                             {"\u0301", "\u0301"},
+                                             {"\u0323", "\u0323"},
+                                             {"\u1161", "\u1161"},
+                                             {"\u11A8", "\u11A8"},
+                                             {"K", "\u212A"},
+                                             {"\u037E", ";"},
+                                             {"\u1FEF", "`"},
+                                             {"\u00E9", "e\u0301"},
+                                             {"\u212B", "A\u030A"},
+                                             {"\uAC01", "\u1100\u1161\u11A8"},
+                                             {"\u0323\u0307", "\u0307\u0323"},
+                                             {"\u0344", "\u0308\u0301"}};
+    return rc::gen::map(rc::gen::container<std::vector<Twins>>(rc::gen::elementOf(parts)),
+                        [](const std::vector<Twins>& some) {
+                            Twins text;
+                            for (const Twins& each : some) {
+                                text.oneWay += each.oneWay;
+                                text.otherWay += each.otherWay;
+                            }
+                            return text;
+                        });
+}
+
+void showValue(const Twins& twins, std::ostream& stream) {
+    stream << escaped(twins.oneWay) << " and " << escaped(twins.otherWay);
+}
+
+}  // namespace
+
+RC_GTEST_PROP(CanonicalEquality, HoldsBothWaysAndForTheHash, ()) {
+    const Twins text = *anyTwins();
+    RC_ASSERT(isCanonicallyEqual(text.oneWay, text.otherWay));
+    RC_ASSERT(isCanonicallyEqual(text.otherWay, text.oneWay));
+    RC_ASSERT(canonicalHash(text.oneWay) == canonicalHash(text.otherWay));
+}
+
+RC_GTEST_PROP(CanonicalEquality, IsThatOfTheBytesWhereOneIsNotUTF8, ()) {
+    const Twins text = *anyTwins();
+    RC_ASSERT(isCanonicallyEqual(text.oneWay + '\xFF', text.otherWay + '\xFF') ==
+              (text.oneWay == text.otherWay));
+    RC_ASSERT(!isCanonicallyEqual(text.oneWay + '\xFF', text.otherWay));
+}
+
+RC_GTEST_PROP(CanonicalEquality, FailsWhereOneHasMore, ()) {
+    const Twins text = *anyTwins();
+    const std::string more = *rc::gen::nonEmpty(anyBytes());
+    RC_ASSERT(!isCanonicallyEqual(text.oneWay + more, text.otherWay));
+    RC_ASSERT(!isCanonicallyEqual(text.oneWay, text.otherWay + more));
+}
