@@ -1,12 +1,14 @@
 #include "Optrella/CommandLine.hpp"
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
 #include <string>
 
 #include "Optrella/Internal/CommandLine.hpp"
 #include "Optrella/Internal/Print.hpp"
 #include "Optrella/Internal/Unicode.hpp"
+#include "Optrella/Platform/StartArguments.hpp"
 #include "Optrella/Platform/Worker.hpp"
 #include "Optrella/PromptForPassword.hpp"
 
@@ -165,6 +167,11 @@ bool validatePermissions(const CommandLinePossibility& commandLine) {
     // The group alone decides, not the process's user id.
     constexpr std::int64_t groupOfRoot = 0;
     if (PromptForPassword::validateGroupMembership(groupOfRoot)) return true;
+    if (std::optional<Platform::Password> password = PromptForPassword::prompt()) {
+        PromptForPassword::rerun(*std::move(password), Platform::startArguments());
+        // The tool has run, as root: this process has nothing left to do, whatever came of it.
+        std::exit(0);
+    }
     print("Requested command line must be run as root. Try using sudo.");
     return false;
 }

@@ -137,9 +137,13 @@ private:
 //                   or several declarations fit: nothing is said
 // MissingParameter is never returned.
 //
+// A root command of a user outside group 0 asks a member of the administrators' group for the
+// password and runs the whole tool again under sudo; parse then does not return: the process ends
+// with status 0 when that has ended.
+//
 // The action runs on a thread of lower priority than the caller's; the caller waits. Safe on any
-// thread, within an action, and on several threads at once. STOPS the process when a thread cannot
-// be started, and where a declaration without a tag must name its first tag.
+// thread, within an action, and on several threads at once. STOPS the process when a thread or sudo
+// cannot be started, and where a declaration without a tag must name its first tag.
 [[nodiscard]] parsingError parse(CommandList commandList, std::span<const Text> passedIn) noexcept;
 [[nodiscard]] parsingError parse(CommandList commandList, int argc,
                                  const char* const* argv) noexcept;

@@ -1,17 +1,53 @@
-// PromptForPassword.hpp - whether the logged-in user already has administrator rights.
+// PromptForPassword.hpp - administrator rights for a user who does not have them yet.
 //
-// Not for tools. Nothing is printed, and every failure of a look-up reads as "no".
+// Not for tools: validatePermissions asks here whether the logged-in user has administrator rights,
+// offers the password prompt, and starts the tool again under sudo. Failures of every look-up read
+// as "no".
 
 #ifndef OPTRELLA_PROMPTFORPASSWORD_HPP
 #define OPTRELLA_PROMPTFORPASSWORD_HPP
 
 #include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "Optrella/Platform/Password.hpp"
 
 namespace Optrella::PromptForPassword {
 
 // Whether the logged-in user is a member of the group with this number.
 // STOPS the process when the number is no group number (0 to 4294967295).
 [[nodiscard]] bool validateGroupMembership(std::int64_t group);
+
+// Asks a member of the administrators' group for the password, three times at most; says on
+// standard output when one was wrong. Nothing for everybody else, without a word, and when none was
+// right.
+[[nodiscard]] std::optional<Platform::Password> prompt();
+
+// Whether the directory accepts the password for the user.
+[[nodiscard]] bool validate(const std::string& user, const Platform::Password& password);
+
+// Starts the tool with these arguments (the program name first) under sudo, gives it the password
+// and prints what it writes. Returns when it has ended, however it did.
+// STOPS the process when sudo cannot be started.
+void rerun(Platform::Password password, std::span<const std::string> arguments);
+
+// Prints what the tool under sudo writes, block by block, without the first line, on which sudo
+// asks for the password.
+class OutputRelay {
+public:
+    // Drops a block that is not UTF-8.
+    void handle(std::string_view block);
+
+private:
+    bool isFirstLine_ = true;
+};
+
+// What follows the first line feed: nothing when there is none, or nothing behind it. A carriage
+// return with its line feed is one character, and no line feed.
+[[nodiscard]] std::optional<std::string_view> removeFirstLine(std::string_view string) noexcept;
 
 }  // namespace Optrella::PromptForPassword
 

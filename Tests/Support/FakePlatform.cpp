@@ -2,10 +2,13 @@
 
 #include <thread>
 
+#include "Optrella/Platform/ChildProcess.hpp"
 #include "Optrella/Platform/Directory.hpp"
 #include "Optrella/Platform/Files.hpp"
 #include "Optrella/Platform/Log.hpp"
 #include "Optrella/Platform/Process.hpp"
+#include "Optrella/Platform/StartArguments.hpp"
+#include "Optrella/Platform/Terminal.hpp"
 #include "Optrella/Platform/Worker.hpp"
 
 namespace Tests {
@@ -30,6 +33,35 @@ bool isMember(const std::string& user, std::uint32_t group) {
     platform().membershipQuestions.push_back({user, group});
     return user == platform().user && platform().groupsOfUser.contains(group);
 }
+
+bool verifyPassword(const std::string& user, const Password& password) {
+    platform().passwordChecks.push_back({user, std::string(password.bytes())});
+    return password.bytes() == platform().rightPassword;
+}
+
+std::optional<Password> readPassword(const char* prompt) {
+    const std::size_t attempt = platform().prompts.size();
+    platform().prompts.emplace_back(prompt);
+    if (attempt >= platform().typedLines.size()) return std::nullopt;
+    const std::optional<std::string>& line = platform().typedLines[attempt];
+    if (!line) return std::nullopt;
+    Password password;
+    EXPECT_TRUE(password.append(*line));
+    return password;
+}
+
+bool runChild(const char* program, std::span<const std::string> arguments, Password input,
+              BlockHandler handler) {
+    if (!platform().canStartChildren) return false;
+    platform().children.push_back(
+        {program, {arguments.begin(), arguments.end()}, std::string(input.bytes())});
+    for (const std::string& block : platform().childBlocks) {
+        std::thread(handler.handle, handler.context, std::string_view(block)).join();
+    }
+    return true;
+}
+
+const std::vector<std::string>& startArguments() { return platform().startArguments; }
 
 bool fileExists(const char* path) noexcept {
     platform().existenceQuestions.emplace_back(path);

@@ -35,17 +35,36 @@ struct FakePlatform {
     std::optional<std::string> currentDirectory = "/here";
     std::optional<std::string> bundleIdentifier;
     bool canStartThreads = true;
+    // The lines that are typed, in order; nothing for the end of input, and when all are used up.
+    std::vector<std::optional<std::string>> typedLines;
+    std::string rightPassword = "right pass";
+    std::vector<std::string> startArguments = {"./tool", "install", "a b"};
+    std::vector<std::string> childBlocks;  // what a child writes
+    bool canStartChildren = true;
 
     // Questions.
     int userQuestions = 0;
     std::vector<Membership> membershipQuestions;
     std::vector<std::string> existenceQuestions;
     int bundleQuestions = 0;
+    std::vector<std::string> prompts;
+    struct Check {
+        std::string user, password;
+        friend bool operator==(const Check&, const Check&) = default;
+    };
+    std::vector<Check> passwordChecks;
 
     // What reached the system.
     int threadsStarted = 0;
     std::vector<LogEntry> logEntries;
     std::vector<std::string> errorWrites;
+    struct Child {
+        std::string program;
+        std::vector<std::string> arguments;
+        std::string input;
+        friend bool operator==(const Child&, const Child&) = default;
+    };
+    std::vector<Child> children;
 };
 
 // The platform of the running test.

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -343,6 +344,43 @@ TEST_F(ValidatePermissionsTest, AnybodyElseIsToldToUseSudo) {
               "Requested command line must be run as root. Try using sudo.\n");
 }
 
+TEST_F(ValidatePermissionsTest, AnAdministratorWithoutTheRightPasswordIsToldToUseSudo) {
+    platform().groupsOfUser = {80};
+    platform().typedLines = {"wrong"};
+    EXPECT_EQ(printed([] { EXPECT_FALSE(Internal::validatePermissions(rootCommand({flagA}))); }),
+              "Sorry, try again.\n"
+              "Requested command line must be run as root. Try using sudo.\n");
+    EXPECT_TRUE(platform().children.empty());
+}
+
+TEST_F(ValidatePermissionsTest, ForGroupZeroComesBeforeThePrompt) {
+    platform().groupsOfUser = {0, 80};
+    platform().typedLines = {"right pass"};
+    EXPECT_TRUE(Internal::validatePermissions(rootCommand({flagA})));
+    EXPECT_TRUE(platform().prompts.empty());
+}
+
+// Ends with `status` when the process was started again as it was started itself, else with 99.
+void endWith(int status) {
+    const std::vector<Tests::FakePlatform::Child> expected{
+        {"/usr/bin/sudo", {"-S", "./tool", "install", "a b"}, "right pass\n"}};
+    std::_Exit(platform().children == expected ? status : 99);
+}
+
+TEST_F(ValidatePermissionsTest, AnAdministratorRunsTheToolAgainAndThisProcessEndsWithStatusZero) {
+    EXPECT_EXIT(
+        {
+            Tests::joinStreams();
+            platform().groupsOfUser = {80};
+            platform().typedLines = {"right pass"};
+            platform().childBlocks = {"p\nfrom the child"};
+            std::atexit([] { endWith(0); });
+            static_cast<void>(Internal::validatePermissions(rootCommand({flagA})));
+            std::_Exit(98);
+        },
+        testing::ExitedWithCode(0), testing::Eq("from the child\n"));
+}
+
 // ---- Rendering ----
 
 TEST(Rendered, ShowsTextsInQuotationMarksWithACommaAndABlankBetween) {
@@ -519,6 +557,18 @@ TEST_F(ParseTest, ARootCommandOfAnOrdinaryUserDoesNotRun) {
 TEST_F(ParseTest, ARootCommandOfAMemberOfGroupZeroRuns) {
     platform().groupsOfUser = {0};
     EXPECT_EQ(given(rootCommand({textX}), {"tool", "-x", "1"}), (Texts{"-x=1"}));
+}
+
+TEST_F(ParseTest, RunsTheToolAgainWithItsOwnStartArgumentsAndNotWithThePassedInOnes) {
+    EXPECT_EXIT(
+        {
+            platform().groupsOfUser = {80};
+            platform().typedLines = {"right pass"};
+            std::atexit([] { endWith(0); });
+            static_cast<void>(parse({rootCommand({flagA})}, {"other", "-a"}));
+            std::_Exit(98);
+        },
+        testing::ExitedWithCode(0), testing::Eq(""));
 }
 
 TEST_F(ParseTest, WorksWithinAnAction) {

@@ -19,6 +19,7 @@
 #include "Optrella/Internal/CommandLine.hpp"
 #include "Optrella/Internal/Unicode.hpp"
 #include "Optrella/Parameters.hpp"
+#include "Optrella/PromptForPassword.hpp"
 #include "Optrella/Text.hpp"
 #include "Optrella/Values.hpp"
 
@@ -147,6 +148,14 @@ private:
     std::filesystem::path before_ = std::filesystem::current_path();
     std::string parent_, here_;
 };
+
+TEST(Facts, RemovingTheFirstLine) {
+    for (const json& fact : Facts("value-facts.jsonl", "removeFirstLine")) {
+        const std::string text = field(fact, "text");
+        const auto rest = PromptForPassword::removeFirstLine(text);
+        EXPECT_EQ(rest ? json(*rest) : json(), fact.at("value")) << fact;
+    }
+}
 
 }  // namespace
 

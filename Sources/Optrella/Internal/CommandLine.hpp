@@ -32,6 +32,7 @@ struct Declaration {
 [[nodiscard]] bool validateParameters(const CommandLinePossibility& commandLine);
 
 // Whether the command may run with the rights that the user has; prints a line when it may not.
+// Ends the process with status 0 after the tool has been run again as root.
 [[nodiscard]] bool validatePermissions(const CommandLinePossibility& commandLine);
 
 // The arguments as they are shown in a diagnostic: ["add", "say \"x\""].

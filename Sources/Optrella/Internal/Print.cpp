@@ -9,4 +9,6 @@ void print(std::string text, char terminator) {
     static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
 }
 
+void flushPrinted() noexcept { static_cast<void>(std::fflush(stdout)); }
+
 }  // namespace Optrella::Internal

@@ -13,6 +13,9 @@ namespace Optrella::Internal {
 // Prints the text and the terminator behind it.
 void print(std::string text, char terminator = '\n');
 
+// Hands on what has been printed so far, whatever standard output is.
+void flushPrinted() noexcept;
+
 }  // namespace Optrella::Internal
 
 #endif

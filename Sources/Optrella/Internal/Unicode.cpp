@@ -31,6 +31,49 @@ CodePoint firstCodePoint(std::string_view bytes) noexcept {
     return size > 0 ? CodePoint{value, static_cast<std::size_t>(size)} : CodePoint{-1, 1};
 }
 
+struct ByteRange {
+    unsigned char first, last;
+
+    [[nodiscard]] bool contains(char byte) const noexcept {
+        const auto value = static_cast<unsigned char>(byte);
+        return value >= first && value <= last;
+    }
+};
+
+// How many bytes follow the lead byte, and from which range the first of them comes: some leads
+// allow fewer, to rule out long forms, surrogates and what lies beyond U+10FFFF.
+struct Continuation {
+    std::size_t count;
+    ByteRange second;
+};
+Continuation continuationOf(char lead) noexcept {
+    switch (const auto byte = static_cast<unsigned char>(lead)) {
+        case 0xE0:
+            return {2, {0xA0, 0xBF}};
+        case 0xED:
+            return {2, {0x80, 0x9F}};
+        case 0xF0:
+            return {3, {0x90, 0xBF}};
+        case 0xF4:
+            return {3, {0x80, 0x8F}};
+        default:
+            if (byte < 0xC2 || byte > 0xF4) return {0, {}};
+            return {byte < 0xE0 ? 1U : byte < 0xF0 ? 2U : 3U, {0x80, 0xBF}};
+    }
+}
+
+// REQUIRES: the bytes begin with no code point.
+std::size_t brokenSize(std::string_view bytes) noexcept {
+    const Continuation continuation = continuationOf(bytes.front());
+    ByteRange range = continuation.second;
+    std::size_t size = 1;
+    while (size <= continuation.count && size < bytes.size() && range.contains(bytes[size])) {
+        range = {0x80, 0xBF};
+        ++size;
+    }
+    return size;
+}
+
 // The size in bytes of the first character. REQUIRES: not empty.
 std::size_t firstCharacterSize(std::string_view bytes) noexcept {
     CodePoint last = firstCodePoint(bytes);
@@ -179,6 +222,11 @@ bool isASCII(std::string_view bytes) noexcept {
         bytes.remove_prefix(sizeof word);
     }
     return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return isASCII(byte); });
+}
+
+Sequence firstSequence(std::string_view bytes) noexcept {
+    const CodePoint first = firstCodePoint(bytes);
+    return {first.isValid() ? first.size : brokenSize(bytes), first.isValid()};
 }
 
 bool isUTF8(std::string_view bytes) noexcept {

@@ -16,6 +16,15 @@ namespace Optrella::Internal {
 [[nodiscard]] bool isASCII(std::string_view bytes) noexcept;
 [[nodiscard]] bool isUTF8(std::string_view bytes) noexcept;
 
+// A sequence of bytes: one code point, or a piece of one that is broken.
+struct Sequence {
+    std::size_t size;
+    bool isValid;
+};
+// The first sequence. What is broken is as long as what could still have become a code point: each
+// one is shown as a single replacement character. REQUIRES: not empty.
+[[nodiscard]] Sequence firstSequence(std::string_view bytes) noexcept;
+
 // Canonical equivalence. Bytes that are not UTF-8 anywhere in one of them: the same bytes.
 [[nodiscard]] bool isCanonicallyEqual(std::string_view left, std::string_view right);
 

@@ -1,4 +1,4 @@
-// Directory.hpp - who the user is, and which groups the user belongs to.
+// Directory.hpp - who the user is, which groups the user belongs to, and the user's password.
 //
 // Every failure reads as "no": nothing is printed, nothing is reported.
 
@@ -9,6 +9,8 @@
 #include <optional>
 #include <string>
 
+#include "Optrella/Platform/Password.hpp"
+
 namespace Optrella::Platform {
 
 // The name of the logged-in user: the one of the process's real user id, whatever the environment
@@ -18,6 +20,10 @@ namespace Optrella::Platform {
 // Whether the user exists, the group exists, and the one is a member of the other; as the user
 // database says now, which may differ from the groups that the process was given at log-in.
 [[nodiscard]] bool isMember(const std::string& user, std::uint32_t group);
+
+// Whether the directory accepts the password for that user; every failure reads as no, silently,
+// at once.
+[[nodiscard]] bool verifyPassword(const std::string& user, const Password& password);
 
 }  // namespace Optrella::Platform
 

@@ -1,0 +1,51 @@
+// Password.hpp - the one place that a password lives in: it wipes itself.
+//
+// The bytes stand in memory of their own, which is kept out of core dumps and, as far as the system
+// allows, out of swap; they are overwritten before it is given back. A password can be moved, never
+// copied, printed or made into a text.
+
+#ifndef OPTRELLA_PLATFORM_PASSWORD_HPP
+#define OPTRELLA_PLATFORM_PASSWORD_HPP
+
+#include <cstddef>
+#include <string_view>
+
+namespace Optrella::Platform {
+
+class Password {
+public:
+    // Room for a terminal's longest line, even when every byte of it is replaced by three.
+    static constexpr std::size_t capacity = std::size_t{4} * 4096;
+
+    // Empty.
+    Password() noexcept;
+    Password(Password&& other) noexcept;
+    Password& operator=(Password&& other) noexcept;
+    Password(const Password&) = delete;
+    Password& operator=(const Password&) = delete;
+    ~Password();
+
+    // False, and nothing appended, when there is no room or no memory for it.
+    [[nodiscard]] bool append(std::string_view bytes) noexcept;
+    // Wipes all bytes; empty afterwards.
+    void wipe() noexcept;
+
+    [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
+    // Valid until the password is changed, moved or destroyed. REQUIRES: nobody copies it.
+    [[nodiscard]] std::string_view bytes() const noexcept { return {memory_, size_}; }
+
+private:
+    char* memory_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+// For what has to pass through other memory on its way: overwrites it with zeros, which the
+// compiler never leaves out.
+void overwrite(void* memory, std::size_t size) noexcept;
+
+// Keeps whole pages out of core dumps, where the system can do that.
+void keepOutOfDumps(void* memory, std::size_t size) noexcept;
+
+}  // namespace Optrella::Platform
+
+#endif
