@@ -91,15 +91,20 @@ std::size_t firstCharacterSize(std::string_view bytes) noexcept {
 
 using Canonical = std::vector<utf8proc_int32_t>;
 
-void appendDecomposed(Canonical& to, utf8proc_int32_t codePoint) {
-    constexpr auto options = static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_DECOMPOSE);
-    constexpr utf8proc_ssize_t most = 8;  // no canonical decomposition is longer than four
+// The canonical decomposition of one code point.
+struct Decomposition {
+    static constexpr utf8proc_ssize_t most = 8;  // none is longer than four
+
+    explicit Decomposition(utf8proc_int32_t codePoint) noexcept {
+        constexpr auto options =
+            static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_DECOMPOSE);
+        int boundary = 0;
+        size = utf8proc_decompose_char(codePoint, parts, most, options, &boundary);
+    }
+
     utf8proc_int32_t parts[most];
-    int boundary = 0;
-    const utf8proc_ssize_t count =
-        utf8proc_decompose_char(codePoint, parts, most, options, &boundary);
-    for (utf8proc_ssize_t i = 0; i < count; ++i) to.push_back(parts[i]);
-}
+    utf8proc_ssize_t size;
+};
 
 auto combiningClass(utf8proc_int32_t codePoint) noexcept {
     return utf8proc_get_property(codePoint)->combining_class;
@@ -127,11 +132,30 @@ std::optional<Canonical> canonicalForm(std::string_view bytes) {
     while (!bytes.empty()) {
         const CodePoint next = firstCodePoint(bytes);
         if (!next.isValid()) return std::nullopt;
-        appendDecomposed(form, next.value);
+        const Decomposition decomposed(next.value);
+        form.insert(form.end(), decomposed.parts, decomposed.parts + decomposed.size);
         bytes.remove_prefix(next.size);
     }
     reorderMarks(form);
     return form;
+}
+
+bool isContinuation(char byte) noexcept { return (static_cast<unsigned char>(byte) >> 6) == 0b10; }
+
+// Whether the code points in which both first differ rule out that they are equivalent, which
+// spares the decomposition of the whole texts. REQUIRES: both have a byte at `position`, the first
+// that differs.
+bool differAt(std::size_t position, std::string_view left, std::string_view right) noexcept {
+    while (position > 0 && (isContinuation(left[position]) || isContinuation(right[position]))) {
+        --position;
+    }
+    const CodePoint l = firstCodePoint(left.substr(position));
+    const CodePoint r = firstCodePoint(right.substr(position));
+    if (!l.isValid() || !r.isValid()) return true;
+    const utf8proc_int32_t leftPart = Decomposition(l.value).parts[0];
+    const utf8proc_int32_t rightPart = Decomposition(r.value).parts[0];
+    // A mark may be moved behind one that follows; what is no mark stays where it is.
+    return leftPart != rightPart && combiningClass(leftPart) == 0 && combiningClass(rightPart) == 0;
 }
 
 // Whether the last byte is a character of its own, as far as two bytes can tell.
@@ -246,6 +270,7 @@ bool isCanonicallyEqual(std::string_view left, std::string_view right) {
     // a few other characters are equivalent to an ASCII one (U+212A to K, U+037E to ;).
     if (l == left.end() || r == right.end()) return false;
     if (isASCII(*l) && isASCII(*r)) return false;
+    if (differAt(static_cast<std::size_t>(l - left.begin()), left, right)) return false;
     const std::optional<Canonical> leftForm = canonicalForm(left);
     return leftForm && leftForm == canonicalForm(right);
 }

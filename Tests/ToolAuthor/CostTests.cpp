@@ -1,0 +1,74 @@
+// What declarations cost when they do not fit: no heap call, no copy.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "HeapCalls.hpp"
+#include "Optrella/Optrella.hpp"
+#include "Support/Capture.hpp"
+
+using namespace Optrella;
+
+namespace {
+
+void nothing(const Parameters&) {}
+
+// `count` declarations that own the first arguments of a line and then do not fit.
+std::vector<CommandLinePossibility> misfits(std::size_t count) {
+    const ParameterNone add{{"add", "\u00E4ndern"}, ""};
+    const ParameterString text{{"-t", "--text"}, "text", ""};
+    const ParameterList mode{{"-m"}, {"a", "b"}, "mode", ""};
+    const ParameterNone missing{{"--missing"}, ""};
+    return {count,
+            CommandLinePossibility(false, {add, text, mode, missing}, {}, "", false, nothing)};
+}
+
+long heapCallsOfParse(const std::vector<CommandLinePossibility>& declarations,
+                      const std::vector<Text>& line) {
+    const long before = heapCalls();
+    EXPECT_EQ(parse(declarations, line), parsingError::NoMatchingLine);
+    return heapCalls() - before;
+}
+
+void expectNoCostOfMisfits(const std::vector<Text>& line) {
+    const std::vector<CommandLinePossibility> one = misfits(1);
+    const std::vector<CommandLinePossibility> many = misfits(1000);
+    Tests::printed([&] { EXPECT_EQ(heapCallsOfParse(one, line), heapCallsOfParse(many, line)); });
+}
+
+TEST(AMisfit, CostsNoHeapCallWhenItsFirstArgumentIsUnknown) {
+    expectNoCostOfMisfits({"tool", "remove"});
+}
+
+TEST(AMisfit, CostsNoHeapCallWhenItOwnsTheFirstArguments) {
+    expectNoCostOfMisfits({"tool", "add", "-t", "some longer text than fits anywhere", "-m", "a"});
+}
+
+TEST(AMisfit, CostsNoHeapCallForAnArgumentThatIsNotASCII) {
+    expectNoCostOfMisfits({"tool", "\u00F6ffnen"});
+    expectNoCostOfMisfits({"tool", "add", "-t", "\u00E4\u0301", "\u00F6ffnen"});
+}
+
+struct Counted {
+    commonDetails common{.tags = {"-c"}, .parameterName = "counted"};
+    int* copies;
+
+    explicit Counted(int* counter) : copies(counter) {}
+    Counted(const Counted& other) : common(other.common), copies(other.copies) { ++*copies; }
+    Counted& operator=(const Counted&) = default;
+};
+
+TEST(AMisfit, CostsNoCopyOfAKind) {
+    int copies = 0;
+    const CommandLinePossibility declaration{
+        false, {Counted(&copies), ParameterNone{{"--missing"}, ""}}, {}, "", false, nothing};
+    const int before = copies;
+    Tests::printed([&] {
+        EXPECT_EQ(parse({&declaration, 1}, {"tool", "-c", "x"}), parsingError::NoMatchingLine);
+    });
+    EXPECT_EQ(copies, before);
+}
+
+}  // namespace
