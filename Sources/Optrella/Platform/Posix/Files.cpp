@@ -24,8 +24,6 @@ std::optional<std::string> currentDirectory() {
         path.resize(path.size() * 2);
     }
     path.resize(path.find('\0'));
-    // The kernel says "(unreachable)..." of a directory outside the process's root.
-    if (path.front() != '/') return std::nullopt;
     return path;
 }
 

@@ -1,0 +1,69 @@
+// Child.hpp - code that runs in a process of its own, because what it changes cannot be put back.
+
+#ifndef OPTRELLA_TESTS_PLATFORM_CHILD_HPP
+#define OPTRELLA_TESTS_PLATFORM_CHILD_HPP
+
+#include <grp.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+namespace Tests {
+
+// What a child's code returns when this machine does not let it make the situation to be tested.
+constexpr int notPossibleHere = 77;
+
+// Waits for the child's end and returns its wait status; kills a child that takes too long, which
+// then reads as death by SIGKILL.
+inline int waited(pid_t child) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point latest = Clock::now() + std::chrono::seconds(10);
+    int status = 0;
+    while (::waitpid(child, &status, WNOHANG) == 0) {
+        if (Clock::now() > latest) ::kill(child, SIGKILL);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return status;
+}
+
+// Starts the code in a forked child, which exits with what the code returns. A child that runs wild
+// ends by itself, whatever becomes of the one who waits.
+template <class Code>
+pid_t started(Code code) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const rlimit seconds{10, 10};
+        ::setrlimit(RLIMIT_CPU, &seconds);
+        ::_exit(code());
+    }
+    return child;
+}
+
+template <class Code>
+int statusOf(Code code) {
+    return waited(started(code));
+}
+
+// The exit code of the code's child; minus the signal when one killed it.
+template <class Code>
+int exitCodeOf(Code code) {
+    const int status = statusOf(code);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+// Gives up root's rights for good, where the process has them. False when it cannot.
+[[nodiscard]] inline bool becomeOrdinaryUser() {
+    if (::geteuid() != 0) return true;
+    constexpr uid_t nobody = 65534;
+    return ::setgroups(0, nullptr) == 0 && ::setresgid(nobody, nobody, nobody) == 0 &&
+           ::setresuid(nobody, nobody, nobody) == 0;
+}
+
+}  // namespace Tests
+
+#endif

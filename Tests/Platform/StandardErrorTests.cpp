@@ -1,0 +1,261 @@
+// What outputErrorMessage does to descriptor 2, write by write.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <syslog.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "Child.hpp"
+#include "Optrella/CommandLineExitStatus.hpp"
+
+namespace {
+
+std::atomic<int> writesCutShort{0};
+std::atomic<int> writesInterrupted{0};
+
+}  // namespace
+
+// Stands before the C library's own, to see what came back from the system.
+extern "C" ssize_t write(int descriptor, const void* bytes, size_t count) {
+    const ssize_t written = ::syscall(SYS_write, descriptor, bytes, count);
+    if (written >= 0 && static_cast<size_t>(written) < count) ++writesCutShort;
+    if (written < 0 && errno == EINTR) ++writesInterrupted;
+    return written;
+}
+
+namespace {
+
+using namespace Optrella;
+using namespace std::chrono_literals;
+using Writes = std::vector<std::string>;
+
+// Keeps the messages of these tests out of the machine's own log.
+class QuietLog : public testing::Environment {
+    void SetUp() override { ::setlogmask(LOG_UPTO(LOG_NOTICE)); }
+};
+const testing::Environment* const quietLog = testing::AddGlobalTestEnvironment(new QuietLog);
+
+// All that waits in the socket, packet by packet: a packet is what one write wrote.
+Writes packetsIn(int socket) {
+    Writes packets;
+    std::string buffer(1 << 17, '\0');
+    for (;;) {
+        const ssize_t size = ::recv(socket, buffer.data(), buffer.size(), MSG_DONTWAIT);
+        if (size < 0) return packets;
+        packets.push_back(buffer.substr(0, static_cast<std::size_t>(size)));
+    }
+}
+
+struct Streams {
+    Writes output;
+    Writes error;
+    int exitCode;
+};
+
+// What a child that reports the message writes to descriptors 1 and 2.
+Streams written(const Text& message) {
+    int output[2];
+    int error[2];
+    if (::socketpair(AF_UNIX, SOCK_DGRAM, 0, output) != 0 ||
+        ::socketpair(AF_UNIX, SOCK_DGRAM, 0, error) != 0) {
+        ADD_FAILURE() << "no sockets";
+        return {};
+    }
+    const int exitCode = Tests::exitCodeOf([&] {
+        ::dup2(output[1], STDOUT_FILENO);
+        ::dup2(error[1], STDERR_FILENO);
+        outputErrorMessage(message);
+        std::fflush(stdout);
+        return 0;
+    });
+    Streams streams{packetsIn(output[0]), packetsIn(error[0]), exitCode};
+    for (const int socket : {output[0], output[1], error[0], error[1]}) ::close(socket);
+    return streams;
+}
+
+void expectWrites(const Text& message, const Writes& expected) {
+    const Streams streams = written(message);
+    EXPECT_EQ(streams.exitCode, 0);
+    EXPECT_EQ(streams.error, expected);
+    EXPECT_EQ(streams.output, Writes{});
+}
+
+TEST(ErrorMessage, IsOneWriteAndItsLineEndAnother) {
+    expectWrites("The disk is full.", {"The disk is full.", "\n"});
+}
+
+TEST(ErrorMessage, IsALineEndAloneWhenEmpty) { expectWrites("", {"\n"}); }
+
+TEST(ErrorMessage, GetsASecondLineEnd) { expectWrites("Done.\n", {"Done.\n", "\n"}); }
+
+TEST(ErrorMessage, KeepsItsLinesInOneWrite) { expectWrites("a\nb\r\n\n", {"a\nb\r\n\n", "\n"}); }
+
+TEST(ErrorMessage, KeepsItsUtf8) {
+    // As it was spelled: neither composed nor decomposed.
+    expectWrites("\u00e9 e\u0301 \U0001f600", {"\u00e9 e\u0301 \U0001f600", "\n"});
+}
+
+TEST(ErrorMessage, KeepsBytesThatAreNotUtf8) {
+    expectWrites("a\xff\xc3(\x80", {"a\xff\xc3(\x80", "\n"});
+}
+
+TEST(ErrorMessage, IsNotCutAtANul) {
+    using namespace std::string_literals;
+    expectWrites(Text("a\0b\0"s), {"a\0b\0"s, "\n"});
+}
+
+TEST(ErrorMessage, OfManyBytesIsStillOneWrite) {
+    const std::string message(100000, 'x');
+    expectWrites(Text(message), {message, "\n"});
+}
+
+TEST(ErrorMessage, IsWrittenBehindTheOneBefore) {
+    int error[2];
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_DGRAM, 0, error), 0);
+    EXPECT_EQ(Tests::exitCodeOf([&] {
+                  ::dup2(error[1], STDERR_FILENO);
+                  outputErrorMessage("one");
+                  outputErrorMessage("two");
+                  return 0;
+              }),
+              0);
+    EXPECT_EQ(packetsIn(error[0]), (Writes{"one", "\n", "two", "\n"}));
+    ::close(error[0]);
+    ::close(error[1]);
+}
+
+extern "C" void doNothing(int) {}
+
+// Sends a signal every millisecond whose handler ends the calls that it interrupts.
+void interruptForEver() {
+    struct sigaction action {};
+    action.sa_handler = doNothing;  // without SA_RESTART
+    ::sigaction(SIGALRM, &action, nullptr);
+    const itimerval everyMillisecond{{0, 1000}, {0, 1000}};
+    ::setitimer(ITIMER_REAL, &everyMillisecond, nullptr);
+}
+
+TEST(ErrorMessage, IsCompleteInSpiteOfSignalsAndASlowReader) {
+    std::string message;
+    while (message.size() < (1 << 20)) message += std::to_string(message.size()) + ' ';
+    int pipe[2];
+    ASSERT_EQ(::pipe(pipe), 0);
+    ::fcntl(pipe[1], F_SETPIPE_SZ, 4096);
+    const pid_t child = Tests::started([&] {
+        ::close(pipe[0]);
+        ::dup2(pipe[1], STDERR_FILENO);
+        interruptForEver();
+        outputErrorMessage(Text(message));
+        return (writesCutShort > 0 ? 0 : 1) + (writesInterrupted > 0 ? 0 : 2);
+    });
+    ::close(pipe[1]);
+
+    // First the child fills the pipe and is interrupted with nothing written, then it gets on in
+    // pieces.
+    std::this_thread::sleep_for(20ms);
+    std::string received;
+    std::string buffer(4096, '\0');
+    for (;;) {
+        const ssize_t size = ::read(pipe[0], buffer.data(), buffer.size());
+        if (size <= 0) break;
+        received.append(buffer, 0, static_cast<std::size_t>(size));
+        if (received.size() % 65536 < 4096) std::this_thread::sleep_for(2ms);
+    }
+    ::close(pipe[0]);
+    const int status = Tests::waited(child);
+    EXPECT_TRUE(WIFEXITED(status));
+    // 1: no write was cut short, 2: none was interrupted; then this has proved nothing.
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_TRUE(received == message + "\n") << received.size() << " bytes";
+}
+
+// ---- A descriptor that takes nothing ----
+
+// The exit code of a child that reports a message after the preparation.
+template <class Preparation>
+int exitCodeAfter(Preparation prepare) {
+    return Tests::exitCodeOf([&] {
+        if (!prepare()) return Tests::notPossibleHere;
+        outputErrorMessage("The disk is full.");
+        return 0;
+    });
+}
+
+TEST(ErrorMessage, IsLostSilentlyWithoutDescriptorTwo) {
+    int output[2];
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_DGRAM, 0, output), 0);
+    EXPECT_EQ(exitCodeAfter([&] {
+                  return ::dup2(output[1], STDOUT_FILENO) >= 0 && ::close(STDERR_FILENO) == 0;
+              }),
+              0);
+    EXPECT_EQ(packetsIn(output[0]), Writes{});
+    ::close(output[0]);
+    ::close(output[1]);
+}
+
+TEST(ErrorMessage, IsLostSilentlyOnAFullDevice) {
+    const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+    if (full < 0) GTEST_SKIP() << "no /dev/full";
+    EXPECT_EQ(exitCodeAfter([&] { return ::dup2(full, STDERR_FILENO) >= 0; }), 0);
+    ::close(full);
+}
+
+TEST(ErrorMessage, IsLostSilentlyOnAReadOnlyDescriptor) {
+    const int null = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(null, 0);
+    EXPECT_EQ(exitCodeAfter([&] { return ::dup2(null, STDERR_FILENO) >= 0; }), 0);
+    ::close(null);
+}
+
+TEST(ErrorMessage, IsLostSilentlyOnAFullPipeThatMayNotWait) {
+    int pipe[2];
+    ASSERT_EQ(::pipe2(pipe, O_NONBLOCK), 0);
+    const std::string filling(4096, 'x');
+    while (::write(pipe[1], filling.data(), filling.size()) > 0) continue;
+    EXPECT_EQ(exitCodeAfter([&] { return ::dup2(pipe[1], STDERR_FILENO) >= 0; }), 0);
+    ::close(pipe[0]);
+    ::close(pipe[1]);
+}
+
+int brokenPipe() {
+    int pipe[2];
+    if (::pipe(pipe) != 0) return -1;
+    ::close(pipe[0]);
+    return pipe[1];
+}
+
+TEST(ErrorMessage, StrikesWithSigpipeOnAClosedPipe) {
+    const int pipe = brokenPipe();
+    ASSERT_GE(pipe, 0);
+    EXPECT_EQ(exitCodeAfter([&] {
+                  ::signal(SIGPIPE, SIG_DFL);
+                  return ::dup2(pipe, STDERR_FILENO) >= 0;
+              }),
+              -SIGPIPE);
+    ::close(pipe);
+}
+
+TEST(ErrorMessage, IsLostSilentlyOnAClosedPipeWithSigpipeIgnored) {
+    const int pipe = brokenPipe();
+    ASSERT_GE(pipe, 0);
+    EXPECT_EQ(exitCodeAfter([&] {
+                  ::signal(SIGPIPE, SIG_IGN);
+                  return ::dup2(pipe, STDERR_FILENO) >= 0;
+              }),
+              0);
+    ::close(pipe);
+}
+
+}  // namespace

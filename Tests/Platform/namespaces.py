@@ -1,0 +1,124 @@
+"""Runs a test in namespaces of its own, so that nothing that it changes is seen on the machine.
+
+    namespaces.run(prepare, main)
+
+starts the calling script anew, twice: first inside the namespaces with the right to mount, where
+`prepare` is called, then for `main`. Its first argument says with which rights:
+
+    --root   as root
+    --user   as an ordinary user without rights, 7001, who may do this without any help from root
+
+Where the machine does not allow it, the script ends with status 77 and says why. Everything that
+is started inside ends with the script, even when that is killed.
+"""
+
+import os
+import shutil
+import subprocess
+import sys
+
+SKIPPED = 77
+USER = 7001
+NOBODY = 65534
+NAMESPACES = ["unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc", "--uts",
+              "--ipc", "--propagation", "private"]
+AS_USER = ["--user", f"--map-user={USER}", f"--map-group={USER}", "--keep-caps"]
+AS_NOBODY = ["setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups"]
+WITHOUT_RIGHTS = ["setpriv", "--inh-caps=-all", "--ambient-caps=-all", "--bounding-set=-all"]
+# A folder of the namespaces' own, empty at first.
+FOLDER = "/run"
+
+
+def skip(reason):
+    print("skipped:", reason, flush=True)
+    sys.exit(SKIPPED)
+
+
+def run(prepare, main):
+    kind, arguments = sys.argv[1], sys.argv[2:]
+    if arguments[0] == "--prepare":
+        arguments = arguments[1:]
+        mount("-t", "tmpfs", "-o", "mode=0755", "none", FOLDER)
+        prepare()
+        prefix = WITHOUT_RIGHTS if kind == "--user" else []
+        execute(prefix + again(kind, "--main", *arguments))
+    elif arguments[0] == "--main":
+        main(kind == "--root", arguments[1:])
+    else:
+        enter(kind, arguments)
+
+
+def enter(kind, arguments):
+    interpreter = sys.executable
+    if kind == "--root":
+        if os.geteuid() != 0:
+            skip("needs root")
+        prefix = NAMESPACES
+    else:
+        prefix = NAMESPACES[:1] + AS_USER + NAMESPACES[1:]
+        if os.geteuid() == 0:
+            interpreter = interpreter_for_all(arguments)
+            prefix = AS_NOBODY + prefix
+    for tool in ("unshare", "setpriv", "mount"):
+        if shutil.which(tool) is None:
+            skip(f"no {tool} here")
+    probe = subprocess.run(prefix + ["mount", "-t", "tmpfs", "none", FOLDER],
+                           stdin=subprocess.DEVNULL, capture_output=True, text=True)
+    if probe.returncode != 0:
+        skip(f"no namespaces here: {probe.stderr.strip()}")
+    execute(prefix + again(kind, "--prepare", *arguments, interpreter=interpreter))
+
+
+def again(*arguments, interpreter=sys.executable):
+    return [interpreter, "-B", os.path.abspath(sys.argv[0]), *arguments]
+
+
+def execute(command):
+    sys.stdout.flush()
+    os.execvp(command[0], command)
+
+
+def interpreter_for_all(arguments):
+    """A Python that an ordinary user may run, as well as this script and its arguments."""
+    for path in [os.path.abspath(sys.argv[0]), *map(os.path.abspath, arguments)]:
+        if not is_open_to_all(path):
+            skip(f"an ordinary user cannot reach {path}")
+    for path in (sys.executable, "/usr/bin/python3"):
+        if is_open_to_all(os.path.realpath(path)):
+            return path
+    skip("no Python that an ordinary user can run")
+
+
+def is_open_to_all(path):
+    needed = 0o004
+    while os.path.exists(path):
+        if os.stat(path).st_mode & needed == 0:
+            return False
+        if path == "/":
+            return True
+        path, needed = os.path.dirname(path), 0o001
+    return False
+
+
+def mount(*arguments):
+    subprocess.run(["mount", *arguments], check=True, stdin=subprocess.DEVNULL)
+
+
+def keep(path):
+    """Opens a folder of the machine for the tests to look at when another one lies over it."""
+    folder = os.open(path, os.O_PATH | os.O_DIRECTORY)
+    os.set_inheritable(folder, True)
+    os.environ["KEPT_FOLDER"] = str(folder)
+
+
+def kept():
+    return int(os.environ["KEPT_FOLDER"])
+
+
+def communicate(probe, text=None):
+    """The probe's output and what it reported; one that hangs is ended, which its status tells."""
+    try:
+        return probe.communicate(text, timeout=5)
+    except subprocess.TimeoutExpired:
+        probe.kill()
+        return probe.communicate()
