@@ -39,7 +39,7 @@ std::string addressKey(std::string_view text) {
         return std::string(bytes, sizeof(in6_addr)).append(text.substr(zone));
     }
     if (inet_pton(AF_INET, number.c_str(), bytes) == 1 && zone == text.size()) {
-        return std::string(bytes, sizeof(in_addr));
+        return {bytes, sizeof(in_addr)};
     }
     return "";
 }

@@ -53,8 +53,8 @@ int fail(const Text& message, int status = EXIT_FAILURE) {
 }
 
 int print(const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    const bool isPrinted = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+    const bool isTaken = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    const bool isPrinted = std::fflush(stdout) == 0 && isTaken;
     return isPrinted ? EXIT_SUCCESS : fail("Cannot write to standard output");
 }
 

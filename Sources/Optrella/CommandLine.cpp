@@ -170,7 +170,7 @@ bool validatePermissions(const CommandLinePossibility& commandLine) {
     if (std::optional<Platform::Password> password = PromptForPassword::prompt()) {
         PromptForPassword::rerun(*std::move(password), Platform::startArguments());
         // The tool has run, as root: this process has nothing left to do, whatever came of it.
-        std::exit(0);
+        std::exit(0);  // NOLINT(concurrency-mt-unsafe)
     }
     print("Requested command line must be run as root. Try using sudo.");
     return false;

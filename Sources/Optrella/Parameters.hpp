@@ -347,7 +347,7 @@ private:
 struct ParameterNone final : ParameterDefaults<ParameterNone> {
     commonDetails common;
 
-    constexpr ParameterNone(Tags tags, Text tagHelp)
+    constexpr ParameterNone(Tags tags, Text tagHelp) noexcept
         : common{std::move(tagHelp), std::move(tags), Text(), false, Text()} {}
 
     // As isEqualTo: what the user gave takes no part.
@@ -364,7 +364,7 @@ struct ParameterNone final : ParameterDefaults<ParameterNone> {
 struct ParameterString final : ParameterDefaults<ParameterString> {
     commonDetails common;
 
-    constexpr ParameterString(Tags tags, Text parameterName, Text tagHelp)
+    constexpr ParameterString(Tags tags, Text parameterName, Text tagHelp) noexcept
         : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)} {}
 };
 
@@ -372,7 +372,7 @@ struct ParameterString final : ParameterDefaults<ParameterString> {
 struct ParameterUUID final : ParameterDefaults<ParameterUUID> {
     commonDetails common;
 
-    constexpr ParameterUUID(Tags tags, Text parameterName, Text tagHelp)
+    constexpr ParameterUUID(Tags tags, Text parameterName, Text tagHelp) noexcept
         : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)} {}
 };
 
@@ -381,7 +381,7 @@ struct ParameterNumber final : ParameterDefaults<ParameterNumber> {
     commonDetails common;
 
     constexpr ParameterNumber(Tags tags, Text parameterName, std::int64_t min, std::int64_t max,
-                              Text tagHelp)
+                              Text tagHelp) noexcept
         : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)},
           rangeMin_(min),
           rangeMax_(max) {}
@@ -469,7 +469,7 @@ private:
 struct ParameterList final : ParameterDefaults<ParameterList> {
     commonDetails common;
 
-    ParameterList(Tags tags, ListOptions validOptions, Text parameterName, Text tagHelp)
+    ParameterList(Tags tags, ListOptions validOptions, Text parameterName, Text tagHelp) noexcept
         : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)},
           validOptions_(std::move(validOptions)) {}
 
@@ -497,7 +497,7 @@ struct ParameterFileURL final : ParameterDefaults<ParameterFileURL> {
     existState state;
 
     constexpr ParameterFileURL(Tags tags, urlType typeOfPath, existState stateOfPath,
-                               Text parameterName, Text tagHelp)
+                               Text parameterName, Text tagHelp) noexcept
         : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)},
           type(typeOfPath),
           state(stateOfPath) {}
