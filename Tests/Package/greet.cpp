@@ -14,7 +14,9 @@ const CommandLinePossibility commandLines[] = {
      {},
      "Greet somebody.",
      false,
-     [](const Parameters& given) { std::printf("Hello, %s!\n", fetchString(name, given).c_str()); }},
+     [](const Parameters& given) {
+         std::printf("Hello, %s!\n", fetchString(name, given).c_str());
+     }},
 };
 
 }  // namespace
