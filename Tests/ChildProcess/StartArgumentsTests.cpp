@@ -1,0 +1,119 @@
+#include "Optrella/Platform/StartArguments.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "Platform/Child.hpp"
+#include "Traces.hpp"
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+const std::string probe = Tests::programBeside("start-arguments-probe");
+
+// The texts in front of the NULs.
+Arguments split(const std::string& text) {
+    Arguments parts;
+    for (std::size_t begin = 0; begin < text.size(); begin += parts.back().size() + 1) {
+        parts.emplace_back(text.c_str() + begin);
+    }
+    return parts;
+}
+
+struct Told {
+    int exitCode;
+    Arguments arguments;
+};
+
+// What the probe, started with these arguments, the first of which is its name, tells of them.
+Told told(const Arguments& arguments, const char* wish = "") {
+    int ends[2];
+    EXPECT_EQ(::pipe(ends), 0);
+    const pid_t child = Tests::started([&] {
+        ::dup2(ends[1], STDOUT_FILENO);
+        ::close(ends[0]);
+        ::setenv("OPTRELLA_TEST", wish, 1);
+        std::vector<char*> words;
+        for (const std::string& each : arguments) {
+            words.push_back(const_cast<char*>(each.c_str()));
+        }
+        words.push_back(nullptr);
+        ::execv(probe.c_str(), words.data());
+        return 99;
+    });
+    ::close(ends[1]);
+    std::string output;
+    char buffer[4096];
+    for (ssize_t size = 1; size > 0;) {
+        size = ::read(ends[0], buffer, sizeof buffer);
+        if (size > 0) output.append(buffer, static_cast<std::size_t>(size));
+    }
+    ::close(ends[0]);
+    const int status = Tests::waited(child);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), split(output)};
+}
+
+void expectTold(const Arguments& arguments, const char* wish = "") {
+    const Told answer = told(arguments, wish);
+    EXPECT_EQ(answer.exitCode, 0);
+    EXPECT_EQ(answer.arguments, arguments);
+}
+
+const Arguments usual{"tool", "run", "--x", "1"};
+const Arguments unusual{"./a tool", "",   " ",    "a\nb\r\n", "\"'", "\xff\xfe",
+                        "\xc3\xa9", "--", "*\\$", "\x01\x7f", "",    ""};
+
+TEST(StartArguments, AreTheNameAndWhatFollows) {
+    expectTold(usual);
+    expectTold({"tool"});
+}
+
+TEST(StartArguments, KeepEveryByte) { expectTold(unusual); }
+
+TEST(StartArguments, MayBeginWithAnEmptyName) {
+    expectTold({""});
+    expectTold({"", "a"});
+}
+
+TEST(StartArguments, MayBeMany) {
+    Arguments many{"tool"};
+    for (int i = 0; i < 20'000; ++i) many.push_back(std::to_string(i));
+    expectTold(many);
+}
+
+TEST(StartArguments, MayBeLong) { expectTold({"tool", std::string(100'000, 'a'), "b"}); }
+
+TEST(StartArguments, AreNotWhatMainHasPointedTheArrayTo) { expectTold(unusual, "pointers"); }
+
+TEST(StartArguments, AreNotWhatMainHasWrittenOverThem) { expectTold(unusual, "bytes"); }
+
+TEST(StartArguments, AreAllThoughMainHasRemovedOne) { expectTold(usual, "removal"); }
+
+TEST(StartArguments, ComeFromTheSystemWhereTheArrayIsNotPassed) {
+    expectTold(unusual, "early");
+    Arguments many{"tool"};
+    for (int i = 0; i < 20'000; ++i) many.push_back(std::to_string(i));
+    expectTold(many, "early");
+}
+
+TEST(StartArguments, NeedNothingOfTheSystemWhereTheArrayIsPassed) {
+    const Told answer = told(unusual, "chroot");
+    if (answer.exitCode == 77) GTEST_SKIP() << "only root may change the root";
+    EXPECT_EQ(answer.exitCode, 0);
+    EXPECT_EQ(answer.arguments, unusual);
+}
+
+TEST(StartArguments, AreEmptyWhereNobodyTellsThem) {
+    const Told answer = told(usual, "early chroot");
+    if (answer.exitCode == 77) GTEST_SKIP() << "only root may change the root";
+    EXPECT_EQ(answer.exitCode, 0);
+    EXPECT_EQ(answer.arguments, Arguments{});
+}
+
+}  // namespace

@@ -1,0 +1,37 @@
+// Traces.hpp - what a piece of code leaves behind in the process.
+
+#ifndef OPTRELLA_TESTS_CHILDPROCESS_TRACES_HPP
+#define OPTRELLA_TESTS_CHILDPROCESS_TRACES_HPP
+
+#include <string>
+#include <vector>
+
+#include "Optrella/Platform/Password.hpp"
+
+namespace Tests {
+
+// A program that is built beside the one that runs.
+std::string programBeside(const char* name);
+
+// The open descriptors in ascending order, and those of them that an executed program inherits.
+std::vector<int> descriptors();
+std::vector<int> inheritableDescriptors();
+
+// Whether the process has as many threads as it had at the first call, if not at once then after a
+// moment: a thread that has been joined may be listed a little longer.
+bool hasUsualThreads();
+
+// Whether there is a child that nobody has waited for. Waits for those that there are.
+bool hasChildren();
+
+// A password that stands nowhere in this program: its bytes are made one by one.
+Optrella::Platform::Password secret();
+// What the probe writes for it.
+std::string secretInHex();
+
+// How often the secret, or a half of it, stands in the memory that the process may write to.
+int secretsInMemory();
+
+}  // namespace Tests
+
+#endif
