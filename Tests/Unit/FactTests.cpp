@@ -22,6 +22,7 @@
 #include "Optrella/PromptForPassword.hpp"
 #include "Optrella/Text.hpp"
 #include "Optrella/Values.hpp"
+#include "Support/TemporaryFolder.hpp"
 
 namespace {
 
@@ -123,10 +124,6 @@ bool isAcceptable(const std::string& path, ParameterFileURL::existState state) {
 class FileURLFacts : public testing::Test {
 protected:
     FileURLFacts() {
-        std::string folder = std::filesystem::canonical("/tmp") / "Optrella-XXXXXX";
-        if (::mkdtemp(folder.data()) == nullptr) throw std::runtime_error("no folder in /tmp");
-        parent_ = folder;
-        here_ = folder + "/here";
         std::filesystem::create_directory(here_);
         std::filesystem::current_path(here_);
         std::ofstream("file").flush();
@@ -135,27 +132,16 @@ protected:
         std::filesystem::create_symlink("dir", "link-dir");
         std::filesystem::create_symlink("nowhere", "dangling");
     }
-    ~FileURLFacts() override {
-        std::filesystem::current_path(before_);
-        std::filesystem::remove_all(parent_);
-    }
 
     [[nodiscard]] std::string located(const std::string& text) const {
         return replaced(replaced(text, "{here}", here_), "{parent}", parent_);
     }
 
 private:
-    std::filesystem::path before_ = std::filesystem::current_path();
-    std::string parent_, here_;
+    Tests::TemporaryFolder folder_;
+    std::string parent_ = folder_.path();
+    std::string here_ = parent_ + "/here";
 };
-
-TEST(Facts, RemovingTheFirstLine) {
-    for (const json& fact : Facts("value-facts.jsonl", "removeFirstLine")) {
-        const std::string text = field(fact, "text");
-        const auto rest = PromptForPassword::removeFirstLine(text);
-        EXPECT_EQ(rest ? json(*rest) : json(), fact.at("value")) << fact;
-    }
-}
 
 }  // namespace
 
@@ -244,5 +230,13 @@ TEST_F(FileURLFacts, PathsExistAsTheFactsSay) {
         EXPECT_EQ(isAcceptable(path, exist), fact["exists"].get<bool>()) << fact;
         EXPECT_EQ(isAcceptable(path, absent), !fact["exists"].get<bool>()) << fact;
         EXPECT_TRUE(isAcceptable(path, vague)) << fact;
+    }
+}
+
+TEST(TextFacts, FirstLinesAreRemovedAsTheFactsSay) {
+    for (const json& fact : Facts("value-facts.jsonl", "removeFirstLine")) {
+        const std::string text = field(fact, "text");
+        const auto rest = PromptForPassword::removeFirstLine(text);
+        EXPECT_EQ(rest ? json(*rest) : json(), fact.at("value")) << fact;
     }
 }

@@ -20,6 +20,7 @@
 
 #include "Optrella/Internal/Unicode.hpp"
 #include "Optrella/Text.hpp"
+#include "Support/UTF8.hpp"
 
 #ifndef OPTRELLA_UNICODE_DATA
 #define OPTRELLA_UNICODE_DATA "/usr/share/unicode"
@@ -28,6 +29,7 @@
 namespace {
 
 using namespace Optrella;
+using Tests::utf8;
 
 using CodePoints = std::vector<char32_t>;
 
@@ -85,17 +87,6 @@ std::pair<char32_t, char32_t> range(const std::string& field) {
     const std::size_t dots = field.find("..");
     if (dots == std::string::npos) return {first, first + 1};
     return {first, static_cast<char32_t>(std::stoul(field.substr(dots + 2), nullptr, 16)) + 1};
-}
-
-std::string utf8(char32_t c) {
-    const auto byte = [](char32_t bits) { return static_cast<char>(bits); };
-    if (c < 0x80) return {byte(c)};
-    if (c < 0x800) return {byte(0xC0 | (c >> 6)), byte(0x80 | (c & 0x3F))};
-    if (c < 0x10000) {
-        return {byte(0xE0 | (c >> 12)), byte(0x80 | ((c >> 6) & 0x3F)), byte(0x80 | (c & 0x3F))};
-    }
-    return {byte(0xF0 | (c >> 18)), byte(0x80 | ((c >> 12) & 0x3F)), byte(0x80 | ((c >> 6) & 0x3F)),
-            byte(0x80 | (c & 0x3F))};
 }
 
 std::string utf8(const CodePoints& text) {

@@ -10,7 +10,10 @@
 #include <string_view>
 #include <vector>
 
+#include "Support/UTF8.hpp"
+
 using namespace Optrella::Internal;
+using Tests::utf8;
 
 namespace {
 
@@ -23,18 +26,6 @@ std::string escaped(std::string_view bytes) {
 std::string withoutLast(std::size_t count, std::string bytes) {
     dropLastCharacters(bytes, count);
     return bytes;
-}
-
-// REQUIRES: no surrogate.
-std::string utf8(std::uint32_t c) {
-    const auto byte = [](std::uint32_t bits) { return static_cast<char>(bits); };
-    if (c < 0x80) return {byte(c)};
-    if (c < 0x800) return {byte(0xC0 | (c >> 6)), byte(0x80 | (c & 0x3F))};
-    if (c < 0x10000) {
-        return {byte(0xE0 | (c >> 12)), byte(0x80 | ((c >> 6) & 0x3F)), byte(0x80 | (c & 0x3F))};
-    }
-    return {byte(0xF0 | (c >> 18)), byte(0x80 | ((c >> 12) & 0x3F)), byte(0x80 | ((c >> 6) & 0x3F)),
-            byte(0x80 | (c & 0x3F))};
 }
 
 bool isSurrogate(std::uint32_t c) { return c >= 0xD800 && c <= 0xDFFF; }

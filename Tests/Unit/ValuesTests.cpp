@@ -14,6 +14,8 @@
 #include <string_view>
 #include <unordered_set>
 
+#include "Support/TemporaryFolder.hpp"
+
 namespace {
 
 using namespace Optrella;
@@ -28,23 +30,11 @@ std::string pathOf(const Text& path) { return FileURL::fromPath(path).path().str
 
 // An empty folder of its own that is the current one during the test.
 class FileURLTest : public testing::Test {
-protected:
-    FileURLTest() {
-        std::string folder = fs::canonical("/tmp") / "Optrella-XXXXXX";
-        if (::mkdtemp(folder.data()) == nullptr) throw std::runtime_error("no folder in /tmp");
-        here = folder;
-        fs::current_path(here);
-    }
-    ~FileURLTest() override {
-        fs::current_path(before_);
-        fs::remove_all(here);
-    }
-
-    // Without anything that a URL escapes.
-    std::string here;
-
 private:
-    fs::path before_ = fs::current_path();
+    Tests::TemporaryFolder folder_;
+
+protected:
+    const std::string here = folder_.path();
 };
 
 }  // namespace
