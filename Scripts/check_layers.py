@@ -63,8 +63,8 @@ def floor(path):
     return None
 
 
-def is_platform_twin(path, included):
-    """Platform/Linux/Worker.cpp implements Platform/Worker.hpp; no platform file includes another."""
+def is_platform_contract(path, included):
+    """Contracts stand directly under Platform/; every platform file may include them."""
     return path.startswith("Platform/") and included.startswith("Platform/") and included.count("/") == 1
 
 
@@ -88,7 +88,7 @@ def include_faults(path, text):
         other = included.removeprefix("Optrella/")
         if floor(other) is None:
             yield f"includes {included}, which is on no floor"
-        elif unit(other) == unit(path) or is_platform_twin(path, other):
+        elif unit(other) == unit(path) or is_platform_contract(path, other):
             continue
         elif floor(other) >= own_floor:
             yield f"includes {included}, which is on floor {floor(other)}; its own is {own_floor}"

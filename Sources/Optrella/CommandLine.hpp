@@ -8,6 +8,7 @@
 #ifndef OPTRELLA_COMMANDLINE_HPP
 #define OPTRELLA_COMMANDLINE_HPP
 
+#include <concepts>
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -143,7 +144,8 @@ private:
 //
 // The action runs on a thread of lower priority than the caller's; the caller waits. Safe on any
 // thread, within an action, and on several threads at once. STOPS the process when a thread or sudo
-// cannot be started, and where a declaration without a tag must name its first tag.
+// cannot be started, when an operation of a tool's own kind throws, and where a declaration without
+// a tag must name its first tag.
 [[nodiscard]] parsingError parse(CommandList commandList, std::span<const Text> passedIn) noexcept;
 [[nodiscard]] parsingError parse(CommandList commandList, int argc,
                                  const char* const* argv) noexcept;

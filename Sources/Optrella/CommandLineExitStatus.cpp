@@ -12,10 +12,12 @@ namespace Optrella {
 namespace Internal {
 
 const Text& subsystem() {
-    static const Text text = [] {
+    // Never destroyed: a destructor of the tool's may still report an error when the process ends.
+    static const Text& text = *new Text([]() -> Text {
         const std::optional<std::string> identifier = Platform::bundleIdentifier();
-        return identifier ? Text(*identifier) : Text("com.brenvale.package.Optrella");
-    }();
+        if (identifier) return *identifier;
+        return "com.brenvale.package.Optrella";
+    }());
     return text;
 }
 

@@ -1,9 +1,7 @@
 #include "Optrella/Parameters.hpp"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
-#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -72,9 +70,9 @@ namespace {
 
 class Hasher {
 public:
-    explicit Hasher(std::size_t seed) noexcept : state_(seed) {}
+    explicit Hasher(std::uint64_t seed) noexcept : state_(seed) {}
 
-    void feed(std::size_t value) noexcept {
+    void feed(std::uint64_t value) noexcept {
         state_ ^= value + 0x9E3779B97F4A7C15 + (state_ << 6) + (state_ >> 2);
     }
     void feed(const Text& text) noexcept { feed(std::hash<Text>()(text)); }
@@ -88,7 +86,7 @@ public:
     }
 
 private:
-    std::size_t state_;
+    std::uint64_t state_;
 };
 
 }  // namespace
@@ -99,7 +97,7 @@ std::size_t hashValue(const commonDetails& common, std::size_t seed) noexcept {
     hasher.feed(common.tags.size());
     for (const Text& tag : common.tags) hasher.feed(tag);
     hasher.feed(common.userValue);
-    hasher.feed(static_cast<std::size_t>(common.hasParameter));
+    hasher.feed(static_cast<std::uint64_t>(common.hasParameter));
     hasher.feed(common.parameterName);
     return hasher.finalised();
 }

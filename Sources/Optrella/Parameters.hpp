@@ -10,6 +10,7 @@
 #ifndef OPTRELLA_PARAMETERS_HPP
 #define OPTRELLA_PARAMETERS_HPP
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -88,12 +89,13 @@ private:
 
     [[nodiscard]] constexpr bool isMany() const noexcept { return size_ > inlineTags; }
     void copyMany(const Tags& other);
-    void takeMany(Tags& other) noexcept;
-    void dropMany() noexcept;  // leaves an empty list
+    void takeMany(Tags& other) noexcept;  // REQUIRES: no texts here at all
+    void dropMany() noexcept;             // leaves an empty list
 
     // REQUIRES: not many here.
     constexpr void takeFrom(Tags& other) noexcept {
         if (other.isMany()) {
+            for (Text& text : few_) text.~Text();
             takeMany(other);
         } else {
             few_[0] = std::move(other.few_[0]);

@@ -60,11 +60,11 @@ public:
     // emplace): nobody can know how long it lives, so it is copied, up to its first NUL.
     template <std::size_t N>
     requires Internal::AnyLength<N>
-    explicit Text(const char (&array)[N]) : Text(std::string_view(array), copyOf) {}
+    explicit Text(const char (&array)[N]) : Text(viewOf(array), copyOf) {}
 
     // A buffer: copied up to its first NUL.
     template <std::size_t N>
-    Text(char (&buffer)[N]) : Text(std::string_view(buffer), copyOf) {}
+    Text(char (&buffer)[N]) : Text(viewOf(buffer), copyOf) {}
 
     // Copied. STOPS the process when `source` is a null pointer.
     template <Internal::TextSource S>
@@ -112,12 +112,13 @@ public:
 
     // Whether both are canonically equivalent: case counts, blanks count, the way in which an
     // accented letter is written does not. A text with bytes that are not UTF-8 equals only itself.
+    // STOPS the process when compared with a null pointer.
     friend bool operator==(const Text& left, const Text& right) noexcept {
         return equal(left, right);
     }
     template <Internal::TextComparable S>
     friend bool operator==(const Text& left, const S& right) noexcept {
-        return equal(left, static_cast<std::string_view>(right));
+        return equal(left, viewOf(right));
     }
 
     template <class Traits>
@@ -142,6 +143,12 @@ private:
             if (static_cast<unsigned char>(bytes[i]) >= 0x80) return false;
         }
         return true;
+    }
+    // An array need not hold a NUL.
+    template <std::size_t N>
+    static std::string_view viewOf(const char (&array)[N]) noexcept {
+        const char* nul = std::char_traits<char>::find(array, N, '\0');
+        return {array, nul != nullptr ? static_cast<std::size_t>(nul - array) : N};
     }
     template <class S>
     static std::string_view viewOf(const S& source) noexcept {

@@ -10,6 +10,7 @@
 #include <compare>
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 #include "Optrella/Text.hpp"
 

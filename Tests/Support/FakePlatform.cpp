@@ -14,7 +14,7 @@
 namespace Tests {
 
 FakePlatform& platform() {
-    static FakePlatform platform;
+    static FakePlatform& platform = *new FakePlatform();  // asked until the process ends
     return platform;
 }
 

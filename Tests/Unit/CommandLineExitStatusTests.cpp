@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <limits>
 #include <thread>
 #include <type_traits>
@@ -20,7 +21,13 @@ class OutputErrorMessageTest : public Tests::PolicyTest {};
 
 std::int32_t statusOfAFreshProcess() { return CommandLineExitStatus::shared().exitStatus; }
 
-TEST(CommandLineExitStatus, ReadsMinusOneHundredInAFreshProcess) {
+// These start the test program anew: the values are made once for a process.
+class FreshProcess : public testing::Test {
+protected:
+    FreshProcess() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+TEST_F(FreshProcess, ReadsMinusOneHundredAsTheStatus) {
     EXPECT_EXIT(std::exit(statusOfAFreshProcess() == -100 ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
@@ -48,7 +55,7 @@ TEST(CommandLineExitStatus, IsReachedThroughSharedAlone) {
     static_assert(!std::is_polymorphic_v<CommandLineExitStatus>);
 }
 
-TEST(Subsystem, IsTheFixedTextWithoutABundleIdentifier) {
+TEST_F(FreshProcess, HasTheFixedTextForSubsystemWithoutABundleIdentifier) {
     EXPECT_EXIT(
         {
             platform().bundleIdentifier = std::nullopt;
@@ -58,7 +65,7 @@ TEST(Subsystem, IsTheFixedTextWithoutABundleIdentifier) {
         testing::ExitedWithCode(0), "");
 }
 
-TEST(Subsystem, IsTheBundleIdentifierWhereThereIsOneAndIsAskedForOnce) {
+TEST_F(FreshProcess, HasTheBundleIdentifierForSubsystemAndAsksForItOnce) {
     EXPECT_EXIT(
         {
             platform().bundleIdentifier = "com.example.tool";
@@ -66,6 +73,35 @@ TEST(Subsystem, IsTheBundleIdentifierWhereThereIsOneAndIsAskedForOnce) {
             platform().bundleIdentifier = "com.example.other";
             isRight = isRight && Internal::subsystem() == "com.example.tool";
             std::exit(isRight && platform().bundleQuestions == 1 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST_F(FreshProcess, MakesTheSubsystemOnceForManyThreads) {
+    EXPECT_EXIT(
+        {
+            platform().bundleIdentifier = "com.example.tool";
+            std::vector<std::thread> threads;
+            for (int i = 0; i < 16; ++i) {
+                threads.emplace_back([] { static_cast<void>(Internal::subsystem()); });
+            }
+            for (std::thread& thread : threads) thread.join();
+            std::exit(platform().bundleQuestions == 1 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST_F(FreshProcess, MayReportAnErrorWhileItsStaticObjectsAreDestroyed) {
+    EXPECT_EXIT(
+        {
+            // Registered before the subsystem is made, and so called after its making is undone.
+            std::atexit([] {
+                outputErrorMessage("late");
+                if (platform().logEntries.back().subsystem != "com.example.tool") std::_Exit(1);
+            });
+            platform().bundleIdentifier = "com.example.tool";
+            outputErrorMessage("early");
+            std::exit(0);
         },
         testing::ExitedWithCode(0), "");
 }

@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <iostream>
 #include <string>
 #include <thread>
 #include <type_traits>
 #include <unordered_set>
 #include <vector>
 
+#include "Optrella/CommandLineExitStatus.hpp"
 #include "Optrella/Internal/CommandLine.hpp"
 #include "Support/Capture.hpp"
 #include "Support/Death.hpp"
@@ -360,11 +362,13 @@ TEST_F(ValidatePermissionsTest, ForGroupZeroComesBeforeThePrompt) {
     EXPECT_TRUE(platform().prompts.empty());
 }
 
-// Ends with `status` when the process was started again as it was started itself, else with 99.
-void endWith(int status) {
-    const std::vector<Tests::FakePlatform::Child> expected{
-        {"/usr/bin/sudo", {"-S", "./tool", "install", "a b"}, "right pass\n"}};
-    std::_Exit(platform().children == expected ? status : 99);
+// Lets the process end with 99 unless it was started again as it was started itself.
+void expectSecondStartAtExit() {
+    std::atexit([] {
+        const std::vector<Tests::FakePlatform::Child> expected{
+            {"/usr/bin/sudo", {"-S", "./tool", "install", "a b"}, "right pass\n"}};
+        if (platform().children != expected) std::_Exit(99);
+    });
 }
 
 TEST_F(ValidatePermissionsTest, AnAdministratorRunsTheToolAgainAndThisProcessEndsWithStatusZero) {
@@ -374,7 +378,8 @@ TEST_F(ValidatePermissionsTest, AnAdministratorRunsTheToolAgainAndThisProcessEnd
             platform().groupsOfUser = {80};
             platform().typedLines = {"right pass"};
             platform().childBlocks = {"p\nfrom the child"};
-            std::atexit([] { endWith(0); });
+            CommandLineExitStatus::shared().exitStatus = 7;
+            expectSecondStartAtExit();
             static_cast<void>(Internal::validatePermissions(rootCommand({flagA})));
             std::_Exit(98);
         },
@@ -499,6 +504,13 @@ TEST_F(ParseTest, IsSilentWhenSeveralDeclarationsFit) {
     EXPECT_EQ(platform().threadsStarted, 0);
 }
 
+TEST_F(ParseTest, NeverRunsADeclarationWithoutParameters) {
+    EXPECT_EQ(printed([] {
+                  EXPECT_EQ(parse({command({})}, {"tool", "x"}), parsingError::NoMatchingLine);
+              }),
+              "[\"x\"] is not a valid command line.\n Please refer to the help below.\n");
+}
+
 TEST_F(ParseTest, NamesADanglingTagOnceForEachDeclarationThatEndsPending) {
     EXPECT_EQ(printed([] {
                   EXPECT_EQ(parse({command({textX}), command({flagA}), command({flagA, textX}),
@@ -564,7 +576,7 @@ TEST_F(ParseTest, RunsTheToolAgainWithItsOwnStartArgumentsAndNotWithThePassedInO
         {
             platform().groupsOfUser = {80};
             platform().typedLines = {"right pass"};
-            std::atexit([] { endWith(0); });
+            expectSecondStartAtExit();
             static_cast<void>(parse({rootCommand({flagA})}, {"other", "-a"}));
             std::_Exit(98);
         },
@@ -597,12 +609,25 @@ TEST_F(ParseTest, StopsSilentlyWhenNoThreadCanBeStarted) {
     EXPECT_SILENT_STOP(parse({command({flagA})}, {"tool", "-a"}));
 }
 
-TEST_F(ParseTest, PrintsInOrderWithTheToolsOwnPrintf) {
+TEST_F(ParseTest, RunsTheActionEvenWhenItDestroysTheDeclarationsAndTheArguments) {
+    Texts given;
+    std::vector<CommandLinePossibility> declarations;
+    std::vector<Text> line{"tool", "-x", std::string("a value that stands on the heap")};
+    declarations.push_back(running({textX}, [&](const Parameters& parameters) {
+        declarations.clear();
+        line.clear();
+        given = shown(parameters);
+    }));
+    EXPECT_EQ(parse(declarations, line), parsingError::NoError);
+    EXPECT_EQ(given, (Texts{"-x=a value that stands on the heap"}));
+}
+
+TEST_F(ParseTest, PrintsInOrderWithTheToolsOwnPrintfAndStreams) {
     EXPECT_EQ(
         printed([] {
             std::printf("before\n");
             EXPECT_EQ(parse({command({textX})}, {"tool", "-x"}), parsingError::NoMatchingLine);
-            std::printf("after\n");
+            std::cout << "after\n";
         }),
         "before\nMissing argument for -x\n"
         "[\"-x\"] is not a valid command line.\n Please refer to the help below.\nafter\n");

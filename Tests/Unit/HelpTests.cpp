@@ -48,7 +48,7 @@ TEST(FormTagHelp, PrintsNothing) {
 }
 
 TEST(FormTagHelp, TakesTheLastUserPerceivedCharacterAway) {
-    // U+0600 takes the bar behind it into its own character; so does a bar with its own marks not.
+    // U+0600 takes the bar behind it into its own character.
     EXPECT_EQ(formTagHelp(ParameterNone{{"-a\u0600"}, ""}, false), "-a");
     EXPECT_EQ(formTagHelp(ParameterNone{{"-a|\u0301"}, ""}, false), "-a|\u0301");
 }

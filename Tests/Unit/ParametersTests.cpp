@@ -233,6 +233,19 @@ TEST(Tags, KeepAnyNumberOfTextsThroughCopiesAndMoves) {
     }
 }
 
+TEST(Tags, MayBeAssignedFromManyWhenTheyAreFewAndTheOtherWayRound) {
+    const auto heap = [](const char* text) { return Text(std::string(text)); };  // can leak
+    Tags few{heap("a"), heap("b")};
+    Tags many{heap("x"), heap("y"), heap("z")};
+    const Tags before = few;
+    few = many;
+    many = before;
+    EXPECT_EQ(strings(few), (std::vector<std::string>{"x", "y", "z"}));
+    EXPECT_EQ(strings(many), (std::vector<std::string>{"a", "b"}));
+    few = std::move(many);
+    EXPECT_EQ(few, before);
+}
+
 TEST(Tags, MovedFromIsEmptyAndCanBeUsedAgain) {
     Tags many{"a", "b", "c", "d"};
     const Tags taken = std::move(many);

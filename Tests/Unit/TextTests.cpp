@@ -215,6 +215,20 @@ bool areEqualInGoodTime(const Text& left, const Text& right) {
     return areEqual;
 }
 
+TEST(Text, OfAnArrayWithoutANULIsAllOfIt) {
+    char buffer[] = {'a', 'b', 'c'};
+    const char constant[] = {'a', 'b', 'c'};
+    EXPECT_EQ(Text(buffer).str(), "abc");
+    EXPECT_EQ(Text(constant).str(), "abc");
+    EXPECT_TRUE(Text("abc") == buffer);
+    EXPECT_TRUE(Text("abc") == constant);
+}
+
+TEST(Text, ComparedWithANullPointerStopsSilently) {
+    const char* null = nullptr;
+    EXPECT_SILENT_STOP(Text("a") == null);
+}
+
 }  // namespace
 
 TEST(LongTexts, OfMarksThatMustAllBeReorderedAreComparedInGoodTime) {

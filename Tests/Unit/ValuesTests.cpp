@@ -14,6 +14,7 @@
 #include <string_view>
 #include <unordered_set>
 
+#include "Optrella/Parameters.hpp"
 #include "Support/TemporaryFolder.hpp"
 
 namespace {
@@ -36,6 +37,28 @@ private:
 protected:
     const std::string here = folder_.path();
 };
+
+// ---- What a path parameter finds ----
+
+std::optional<Text> existing(const Text& path) {
+    using enum ParameterFileURL::urlType;
+    ParameterFileURL parameter{{"-f"}, file, ParameterFileURL::existState::exist, "path", ""};
+    parameter.storeUserValue(path);
+    return parameter.validate();
+}
+
+TEST_F(FileURLTest, AnExistingFolderPassesForAFileParameter) {
+    fs::create_directory("folder");
+    EXPECT_EQ(existing("folder"), std::nullopt);
+    EXPECT_EQ(existing(here), std::nullopt);
+}
+
+TEST_F(FileURLTest, ARelativePathIsTestedAgainstTheCurrentDirectory) {
+    fs::create_directories("folder/inner");
+    EXPECT_EQ(existing("inner"), "inner does not exist");
+    fs::current_path("folder");
+    EXPECT_EQ(existing("inner"), std::nullopt);
+}
 
 }  // namespace
 

@@ -21,6 +21,8 @@ struct Declaration {
     static bool hidden(const CommandLinePossibility& from) { return from.hidden_; }
 };
 
+// The two steps of parse, for one declaration: whether it fits, and the filled-in copy.
+//
 // Whether the arguments (without the program name) fit the declaration: a copy of it that lists the
 // given parameters with their values, in the order of the arguments; or nothing. Prints a line when
 // the value of the last tag is missing.

@@ -56,7 +56,8 @@ std::vector<std::string> split(const std::string& text) {
 }  // namespace
 
 const std::vector<std::string>& startArguments() {
-    static const std::vector<std::string> arguments = split(*kept);
+    // Never destroyed, as what it is made of: they are asked for until the process ends.
+    static const std::vector<std::string>& arguments = *new std::vector(split(*kept));
     return arguments;
 }
 

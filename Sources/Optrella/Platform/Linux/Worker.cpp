@@ -1,6 +1,7 @@
 #include "Optrella/Platform/Worker.hpp"
 
 #include <pthread.h>
+#include <sched.h>
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -15,6 +16,15 @@ struct Job {
     void* context;
 };
 
+// A thread begins with the caller's policy, and a real-time one knows no nice value.
+void leaveRealTime() noexcept {
+    constexpr pid_t thisThread = 0;
+    const int policy = ::sched_getscheduler(thisThread);
+    if (policy != SCHED_FIFO && policy != SCHED_RR) return;
+    const sched_param none{};
+    ::sched_setscheduler(thisThread, SCHED_OTHER, &none);
+}
+
 // The nice value belongs to the thread on Linux. A few steps only: the caller waits for this
 // thread, which SCHED_IDLE or the lowest priority would starve on a busy machine.
 void lowerPriority() noexcept {
@@ -28,6 +38,7 @@ void lowerPriority() noexcept {
 
 extern "C" void* callWork(void* argument) {
     const Job job = *static_cast<Job*>(argument);
+    leaveRealTime();
     lowerPriority();
     job.work(job.context);
     return nullptr;
