@@ -5,14 +5,10 @@ In namespaces of its own, where /etc holds nothing but accounts and services of 
 a test says otherwise.
 """
 
-import ctypes
-import hashlib
 import os
-import re
 import shutil
 import signal
 import socket
-import stat
 import subprocess
 import sys
 import time
@@ -21,6 +17,7 @@ import unittest
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "Platform"))
 
 import namespaces  # noqa: E402
+from namespaces import CRYPT, crypt, path_of_helper, path_of_library, path_of_module  # noqa: E402
 
 ETC = namespaces.FOLDER + "/etc"
 LOG = "/dev/log"
@@ -29,8 +26,6 @@ OTHER = 7002
 MASK = 0x5A
 MACHINES_FILES = ("passwd", "shadow", "group", "gshadow", "nsswitch.conf", "pam.conf", "pam.d",
                   "security", "sudoers", "sudoers.d")
-# What makes the entries of accounts, on one system or another.
-CRYPT = ("libcrypt.so.1", "libcrypt.so.2")
 IS_ROOT = False
 PROBE = ""
 
@@ -47,85 +42,12 @@ ALL_SIGNALS = signal.valid_signals()
 
 def prepare():
     namespaces.keep("/etc")
-    os.environ["MACHINES_FILES"] = machines_files()
+    os.environ["MACHINES_FILES"] = namespaces.state_of_kept(*MACHINES_FILES)
     os.mkdir(ETC)
     if os.path.exists("/etc/ld.so.cache"):
         shutil.copy("/etc/ld.so.cache", ETC)
     namespaces.mount("--bind", ETC, "/etc")
-    prepare_devices()
-
-
-def prepare_devices():
-    """What the modules write into the system's log stays here."""
-    device = namespaces.FOLDER + "/dev"
-    os.mkdir(device)
-    namespaces.mount("-t", "tmpfs", "-o", "mode=0755", "none", device)
-    for name in ("null", "zero", "full", "random", "urandom"):
-        open(f"{device}/{name}", "w").close()
-        namespaces.mount("--bind", f"/dev/{name}", f"{device}/{name}")
-    os.mkdir(device + "/shm")
-    namespaces.mount("--rbind", device, "/dev")
-
-
-def machines_files():
-    """What identifies the machine's own files: their content, and what the file system says."""
-    found = []
-
-    def look_at(name):
-        try:
-            status = os.stat(name, dir_fd=namespaces.kept(), follow_symlinks=False)
-            found.append((name, status.st_mode, status.st_ino, status.st_size, status.st_mtime_ns,
-                          status.st_ctime_ns))
-            if stat.S_ISDIR(status.st_mode):
-                folder = os.open(name, os.O_RDONLY, dir_fd=namespaces.kept())
-                for entry in sorted(os.listdir(folder)):
-                    look_at(f"{name}/{entry}")
-                os.close(folder)
-            elif stat.S_ISREG(status.st_mode):
-                with open(os.open(name, os.O_RDONLY, dir_fd=namespaces.kept()), "rb") as file:
-                    found.append(hashlib.sha256(file.read()).hexdigest())
-        except (FileNotFoundError, PermissionError) as error:
-            found.append((name, error.strerror))
-
-    for name in MACHINES_FILES:
-        look_at(name)
-    return str(found)
-
-
-def path_of_library(*names):
-    """Where the loader finds the first of these that there is; nothing when there is none."""
-    for name in names:
-        try:
-            ctypes.CDLL(name)
-        except OSError:
-            continue
-        with open("/proc/self/maps", encoding="utf-8") as maps:
-            return next(path for path in (line.split()[-1] for line in maps)
-                        if os.path.basename(path).startswith(name))
-    return None
-
-
-def crypt(password, setting="$6$rounds=1000$saltofthetests"):
-    """The entry for a password, as the machine itself makes it; few rounds take little time."""
-    function = ctypes.CDLL(path_of_library(*CRYPT)).crypt
-    function.restype = ctypes.c_char_p
-    entry = function(password, setting.encode())
-    if entry is None or entry.startswith(b"*"):
-        raise AssertionError(f"no entry for a password of {len(password)} bytes")
-    return entry.decode()
-
-
-def path_of_module(name):
-    folders = (os.path.dirname(path_of_library("libpam.so.0")), "/lib64", "/lib", "/usr/lib")
-    return existing(f"{folder}/security/{name}" for folder in folders)
-
-
-def path_of_helper():
-    return existing(("/usr/sbin/unix_chkpwd", "/sbin/unix_chkpwd"))
-
-
-def existing(paths):
-    return next((path for path in paths if os.path.exists(path)), None)
+    namespaces.own_devices()
 
 
 def write(path, text, mode=0o644, group=-1):
@@ -146,16 +68,6 @@ def needs_helper(test):
     return tried
 
 
-def for_sanitizers():
-    """A sanitizer looks for crypt() when the process starts, and finds it only when its library is
-    there by then; else the modules call nothing."""
-    with open(PROBE, "rb") as file:
-        runtime = re.search(rb"\blib[at]san\.so\.\d+", file.read())
-    if runtime is None:
-        return []
-    return ["env", f"LD_PRELOAD={runtime.group().decode()} {path_of_library(*CRYPT)}"]
-
-
 def masked(password):
     return bytes(byte ^ MASK for byte in password).hex()
 
@@ -170,7 +82,8 @@ class Probe:
             identity = [f"--reuid={USER}", f"--regid={USER}", "--clear-groups"]
         become = ["setpriv", *identity] if IS_ROOT and identity else []
         start = ["sh", "-c", 'exec "$@" <&- >&- 2>&-', "sh"] if closed else []
-        probe = [*for_sanitizers(), PROBE, str(asked), str(answered)]
+        preloads = [f"{name}={value}" for name, value in namespaces.preloads(PROBE).items()]
+        probe = ["env", *preloads, PROBE, str(asked), str(answered)]
         self.process = subprocess.Popen(
             [*prefix, *become, *start, *probe], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
             stderr=subprocess.PIPE, pass_fds=(asked, answered), preexec_fn=before,
@@ -502,7 +415,7 @@ class PasswordCheck(unittest.TestCase):
 
 
 def tearDownModule():
-    if os.environ["MACHINES_FILES"] != machines_files():
+    if os.environ["MACHINES_FILES"] != namespaces.state_of_kept(*MACHINES_FILES):
         raise AssertionError("the machine's own accounts or services were touched")
 
 

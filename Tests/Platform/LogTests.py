@@ -25,14 +25,7 @@ PROBE = ""
 def prepare():
     namespaces.keep("/dev")
     os.environ["MACHINES_LOG"] = str(machines_log())
-    device = namespaces.FOLDER + "/dev"
-    os.mkdir(device)
-    namespaces.mount("-t", "tmpfs", "-o", "mode=0755", "none", device)
-    for name in ("null", "zero", "full", "random", "urandom"):
-        open(f"{device}/{name}", "w").close()
-        namespaces.mount("--bind", f"/dev/{name}", f"{device}/{name}")
-    os.mkdir(device + "/shm")
-    namespaces.mount("--rbind", device, "/dev")
+    namespaces.own_devices()
 
 
 def machines_log():

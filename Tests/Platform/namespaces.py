@@ -12,8 +12,12 @@ Where the machine does not allow it, the script ends with status 77 and says why
 is started inside ends with the script, even when that is killed.
 """
 
+import ctypes
+import hashlib
 import os
+import re
 import shutil
+import stat
 import subprocess
 import sys
 
@@ -27,6 +31,8 @@ AS_NOBODY = ["setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-group
 WITHOUT_RIGHTS = ["setpriv", "--inh-caps=-all", "--ambient-caps=-all", "--bounding-set=-all"]
 # A folder of the namespaces' own, empty at first.
 FOLDER = "/run"
+# What makes the entries of accounts, on one system or another.
+CRYPT = ("libcrypt.so.1", "libcrypt.so.2")
 
 
 def skip(reason):
@@ -113,6 +119,94 @@ def keep(path):
 
 def kept():
     return int(os.environ["KEPT_FOLDER"])
+
+
+def own_devices(has_terminals=False):
+    """Covers /dev: no log but that of the tests, and no terminals, or some of their own."""
+    device = FOLDER + "/dev"
+    os.mkdir(device)
+    mount("-t", "tmpfs", "-o", "mode=0755", "none", device)
+    for name in ("null", "zero", "full", "random", "urandom", *["tty"] * has_terminals):
+        open(f"{device}/{name}", "w").close()
+        mount("--bind", f"/dev/{name}", f"{device}/{name}")
+    os.mkdir(device + "/shm")
+    if has_terminals:
+        os.mkdir(device + "/pts")
+        mount("-t", "devpts", "-o", "newinstance,ptmxmode=0666,mode=620", "devpts", device + "/pts")
+        os.symlink("pts/ptmx", device + "/ptmx")
+    mount("--rbind", device, "/dev")
+
+
+def state_of_kept(*names):
+    """What identifies files of the folder that is kept: their content, as far as it may be read,
+    and what the file system says."""
+    found = []
+
+    def look_at(name):
+        try:
+            status = os.stat(name, dir_fd=kept(), follow_symlinks=False)
+            found.append((name, status.st_mode, status.st_ino, status.st_size, status.st_mtime_ns,
+                          status.st_ctime_ns))
+            if stat.S_ISDIR(status.st_mode):
+                folder = os.open(name, os.O_RDONLY, dir_fd=kept())
+                for entry in sorted(os.listdir(folder)):
+                    look_at(f"{name}/{entry}")
+                os.close(folder)
+            elif stat.S_ISREG(status.st_mode):
+                with open(os.open(name, os.O_RDONLY, dir_fd=kept()), "rb") as file:
+                    found.append(hashlib.sha256(file.read()).hexdigest())
+        except (FileNotFoundError, PermissionError) as error:
+            found.append((name, error.strerror))
+
+    for name in names:
+        look_at(name)
+    return str(found)
+
+
+def path_of_library(*names):
+    """Where the loader finds the first of these that there is; nothing when there is none."""
+    for name in names:
+        try:
+            ctypes.CDLL(name)
+        except OSError:
+            continue
+        with open("/proc/self/maps", encoding="utf-8") as maps:
+            return next(path for path in (line.split()[-1] for line in maps)
+                        if os.path.basename(path).startswith(name))
+    return None
+
+
+def crypt(password, setting="$6$rounds=1000$saltofthetests"):
+    """The entry for a password, as the machine itself makes it; few rounds take little time."""
+    function = ctypes.CDLL(path_of_library(*CRYPT)).crypt
+    function.restype = ctypes.c_char_p
+    entry = function(password, setting.encode())
+    if entry is None or entry.startswith(b"*"):
+        raise AssertionError(f"no entry for a password of {len(password)} bytes")
+    return entry.decode()
+
+
+def path_of_module(name):
+    folders = (os.path.dirname(path_of_library("libpam.so.0")), "/lib64", "/lib", "/usr/lib")
+    return existing(f"{folder}/security/{name}" for folder in folders)
+
+
+def path_of_helper():
+    return existing(("/usr/sbin/unix_chkpwd", "/sbin/unix_chkpwd"))
+
+
+def existing(paths):
+    return next((path for path in paths if os.path.exists(path)), None)
+
+
+def preloads(program):
+    """A sanitizer looks for crypt() when the process starts, and finds it only when its library is
+    there by then; else the modules call nothing."""
+    with open(program, "rb") as file:
+        runtime = re.search(rb"\blib[at]san\.so\.\d+", file.read())
+    if runtime is None:
+        return {}
+    return {"LD_PRELOAD": f"{runtime.group().decode()} {path_of_library(*CRYPT)}"}
 
 
 def communicate(probe, text=None):
