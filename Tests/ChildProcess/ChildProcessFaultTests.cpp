@@ -103,9 +103,9 @@ int callOrReturn(const char* function, Call call) {
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker wants these names.
 extern "C" {
 
-int __real_pipe(int ends[2]);
-int __wrap_pipe(int ends[2]) {
-    const int result = callOr("pipe", [&] { return __real_pipe(ends); });
+int __real_pipe2(int ends[2], int flags);
+int __wrap_pipe2(int ends[2], int flags) {
+    const int result = callOr("pipe", [&] { return __real_pipe2(ends, flags); });
     if (result == 0 && afterPipe) afterPipe(ends);
     return result;
 }

@@ -11,9 +11,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <iterator>
 #include <optional>
 #include <utility>
 #include <vector>
+
+#include "Optrella/Platform/Descriptor.hpp"
 
 // Not every system's <unistd.h> declares it.
 extern "C" char** environ;  // NOLINT(readability-redundant-declaration)
@@ -22,37 +25,17 @@ namespace Optrella::Platform {
 
 namespace {
 
-class Descriptor {
-public:
-    explicit Descriptor(int number) noexcept : number_(number) {}
-    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    ~Descriptor() { close(); }
-
-    [[nodiscard]] bool isOpen() const noexcept { return number_ >= 0; }
-    [[nodiscard]] int number() const noexcept { return number_; }
-    void close() noexcept {
-        if (isOpen()) ::close(std::exchange(number_, -1));
-    }
-
-private:
-    int number_;
-};
-
-struct Pipe {
-    Descriptor readEnd;
-    Descriptor writeEnd;
-};
-
 // Where the tool has closed a standard descriptor, a new one takes its number, and would then be
 // overwritten by another when those of the child are set up.
 Descriptor movedAboveStandard(Descriptor descriptor) noexcept {
     return Descriptor(::fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
 
-std::optional<Pipe> makePipe() noexcept {
-    int ends[2];
-    if (::pipe(ends) != 0) return std::nullopt;
-    Pipe pipe{movedAboveStandard(Descriptor(ends[0])), movedAboveStandard(Descriptor(ends[1]))};
+std::optional<Pipe> makePipeAboveStandard() noexcept {
+    std::optional<Pipe> made = makePipe();
+    if (!made) return std::nullopt;
+    Pipe pipe{movedAboveStandard(std::move(made->readEnd)),
+              movedAboveStandard(std::move(made->writeEnd))};
     if (!pipe.readEnd.isOpen() || !pipe.writeEnd.isOpen()) return std::nullopt;
     return pipe;
 }
@@ -258,9 +241,9 @@ void awaitEnd(pid_t child) noexcept {
 
 bool runChild(const char* program, std::span<const std::string> arguments, Password input,
               BlockHandler handler) {
-    std::optional<Pipe> toChild = makePipe();
-    std::optional<Pipe> fromChild = makePipe();
-    std::optional<Pipe> wake = makePipe();
+    std::optional<Pipe> toChild = makePipeAboveStandard();
+    std::optional<Pipe> fromChild = makePipeAboveStandard();
+    std::optional<Pipe> wake = makePipeAboveStandard();
     if (!toChild || !fromChild || !wake) return false;
 
     // Before the launch, since a child that runs cannot be taken back should there be no thread;
