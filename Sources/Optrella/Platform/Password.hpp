@@ -8,6 +8,7 @@
 #define OPTRELLA_PLATFORM_PASSWORD_HPP
 
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 namespace Optrella::Platform {
@@ -27,7 +28,12 @@ public:
 
     // False, and nothing appended, when there is no room or no memory for it.
     [[nodiscard]] bool append(std::string_view bytes) noexcept;
-    // Wipes all bytes; empty afterwards.
+    // The memory behind the bytes, none when there is no room or no memory. What has been written
+    // to its beginning becomes part of the password by extend(); so nothing is left anywhere else.
+    [[nodiscard]] std::span<char> room() noexcept;
+    // REQUIRES: room() has been called and has that size at least.
+    void extend(std::size_t size) noexcept { size_ += size; }
+    // Overwrites all of the memory; empty afterwards.
     void wipe() noexcept;
 
     [[nodiscard]] bool empty() const noexcept { return size_ == 0; }

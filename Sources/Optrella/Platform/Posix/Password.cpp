@@ -48,12 +48,17 @@ Password::~Password() {
 
 bool Password::append(std::string_view bytes) noexcept {
     if (bytes.empty()) return true;
-    if (bytes.size() > capacity - size_) return false;
-    if (memory_ == nullptr) memory_ = newPages();
-    if (memory_ == nullptr) return false;
-    std::memcpy(memory_ + size_, bytes.data(), bytes.size());
-    size_ += bytes.size();
+    const std::span<char> behind = room();
+    if (bytes.size() > behind.size()) return false;
+    std::memcpy(behind.data(), bytes.data(), bytes.size());
+    extend(bytes.size());
     return true;
+}
+
+std::span<char> Password::room() noexcept {
+    if (memory_ == nullptr) memory_ = newPages();
+    if (memory_ == nullptr) return {};
+    return {memory_ + size_, capacity - size_};
 }
 
 void Password::wipe() noexcept {

@@ -13,8 +13,11 @@
 #include <csignal>
 #include <cstdio>
 #include <iterator>
+#include <span>
 #include <string_view>
 #include <utility>
+
+#include "Optrella/Platform/Descriptor.hpp"
 
 // What must hold, whatever happens:
 //   1. Nothing is read while the terminal echoes.
@@ -43,31 +46,20 @@ constexpr Signals stops = only(SIGTSTP) | fromBackground;
 // What the handler reaches, on whatever thread it runs. There is one reader at a time.
 constexpr int nobodyReads = -1;
 std::atomic<int> wakeUp{nobodyReads};  // a pipe's end to write to
-std::atomic<pthread_t> reader{};
 std::atomic<Signals> caught{0};
 std::atomic<int> handlersRunning{0};
 
 // A handler may not wait for a lock.
 static_assert(std::atomic<int>::is_always_lock_free);
-static_assert(std::atomic<pthread_t>::is_always_lock_free);
 static_assert(std::atomic<Signals>::is_always_lock_free);
-
-void note(int signal, int pipe) noexcept {
-    caught.fetch_or(only(signal));
-    // It does not matter when the pipe is full: the reader is woken all the same.
-    while (::write(pipe, "", 1) < 0 && errno == EINTR) continue;
-    // The system repeats a call from the background until the thread that made it is interrupted.
-    const pthread_t thread = reader.load();
-    if ((only(signal) & fromBackground) != 0 && ::pthread_equal(thread, ::pthread_self()) == 0) {
-        ::pthread_kill(thread, signal);
-    }
-}
 
 extern "C" void catchSignal(int signal) {
     const int error = errno;
     handlersRunning.fetch_add(1);
     if (const int pipe = wakeUp.load(); pipe != nobodyReads) {
-        note(signal, pipe);
+        caught.fetch_or(only(signal));
+        // It does not matter when the pipe is full: the reader is woken all the same.
+        while (::write(pipe, "", 1) < 0 && errno == EINTR) continue;
     } else {
         // Sent here on another thread just before the tool's handler came back.
         static_cast<void>(::raise(signal));
@@ -103,46 +95,19 @@ void strikeAll(Signals signals) noexcept {
 
 // ---- What is held while reading ----
 
-class Descriptor {
-public:
-    explicit Descriptor(int number) noexcept : number_(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
-    }
-
-    [[nodiscard]] int number() const noexcept { return number_; }
-    // select() would write behind the end of its set for a higher one.
-    [[nodiscard]] bool canBeSelected() const noexcept {
-        return number_ >= 0 && number_ < static_cast<int>(FD_SETSIZE);
-    }
-
-private:
-    int number_;
-};
-
-struct PipeEnds {
-    int read = -1;
-    int write = -1;
-};
-
-PipeEnds newPipe() noexcept {
-    int ends[2];
-    if (::pipe(ends) != 0) return {};
-    return {ends[0], ends[1]};
+// select() would write behind the end of its set for a higher one.
+bool canBeSelected(const Descriptor& descriptor) noexcept {
+    return descriptor.isOpen() && descriptor.number() < static_cast<int>(FD_SETSIZE);
 }
 
-// Not by pipe2(), which is not everywhere.
-bool makePrivateAndNonBlocking(const Descriptor& descriptor) noexcept {
-    return ::fcntl(descriptor.number(), F_SETFD, FD_CLOEXEC) == 0 &&
-           ::fcntl(descriptor.number(), F_SETFL, O_NONBLOCK) == 0;
+bool makeNonBlocking(const Descriptor& descriptor) noexcept {
+    return ::fcntl(descriptor.number(), F_SETFL, O_NONBLOCK) == 0;
 }
 
 // Catches the signals as long as it lives, except those that are ignored.
 class SignalWatch {
 public:
-    SignalWatch() noexcept : SignalWatch(newPipe()) {}
+    SignalWatch() noexcept : pipe_(makePipe()), isOn_(start()) {}
     SignalWatch(const SignalWatch&) = delete;
     SignalWatch& operator=(const SignalWatch&) = delete;
 
@@ -156,19 +121,14 @@ public:
     }
 
     [[nodiscard]] bool isOn() const noexcept { return isOn_; }
-    // Becomes readable with the first signal.
-    [[nodiscard]] const Descriptor& pipe() const noexcept { return readEnd_; }
+    // Becomes readable with the first signal. REQUIRES: isOn().
+    [[nodiscard]] const Descriptor& pipe() const noexcept { return pipe_->readEnd; }
 
 private:
-    explicit SignalWatch(PipeEnds ends) noexcept
-        : readEnd_(ends.read), writeEnd_(ends.write), isOn_(start()) {}
-
     bool start() noexcept {
-        if (!readEnd_.canBeSelected()) return false;
-        if (!makePrivateAndNonBlocking(readEnd_)) return false;
-        if (!makePrivateAndNonBlocking(writeEnd_)) return false;
-        reader.store(::pthread_self());
-        wakeUp.store(writeEnd_.number());
+        if (!pipe_ || !canBeSelected(pipe_->readEnd)) return false;
+        if (!makeNonBlocking(pipe_->readEnd) || !makeNonBlocking(pipe_->writeEnd)) return false;
+        wakeUp.store(pipe_->writeEnd.number());
         return replaceHandlers();
     }
 
@@ -185,8 +145,7 @@ private:
         return true;
     }
 
-    Descriptor readEnd_;
-    Descriptor writeEnd_;
+    std::optional<Pipe> pipe_;
     struct sigaction before_[std::size(watched)]{};
     Signals replaced_ = 0;
     bool isOn_;
@@ -246,44 +205,40 @@ private:
 
 // ---- Reading ----
 
-// What read() fills on its way to the password: a terminal hands out a line as a whole.
-struct Chunk {
-    static constexpr std::size_t size = 4096;
-    char bytes[size];
-
-    Chunk() noexcept = default;
-    Chunk(const Chunk&) = delete;
-    Chunk& operator=(const Chunk&) = delete;
-    ~Chunk() { overwrite(bytes, size); }
-};
-
 // A line as a C string: what is typed behind a NUL does not belong to it.
 class Line {
 public:
-    // Nothing as long as nothing has been typed.
-    std::optional<Password> text;
-
     [[nodiscard]] bool isComplete() const noexcept { return isComplete_; }
+    // To be read into; none without memory.
+    [[nodiscard]] std::span<char> room() noexcept { return text_.room(); }
 
-    // False when there is no memory for it.
-    [[nodiscard]] bool take(std::string_view typed) noexcept {
-        if (!text) text.emplace();
+    // What has been typed stands at the beginning of the room.
+    void take(std::size_t size) noexcept {
+        const std::string_view typed(room().data(), size);
         const std::size_t end = typed.find_first_of("\r\n");
         isComplete_ = end != std::string_view::npos;
-        return keep(typed.substr(0, end));
+        hasBegun_ = true;
+        if (!isCut_) keep(typed.substr(0, end));
+    }
+
+    // Nothing when nothing has been typed, not even the line's end.
+    [[nodiscard]] std::optional<Password> text() && noexcept {
+        if (!hasBegun_) return std::nullopt;
+        return std::move(text_);
     }
 
 private:
-    // Longer than any line that a terminal hands out at once.
+    // Longer than any that a terminal hands out at once.
     static constexpr std::size_t longest = 4096;
 
-    bool keep(std::string_view typed) noexcept {
-        if (isCut_) return true;
-        const std::size_t size = std::min(typed.find('\0'), longest - text->bytes().size());
+    void keep(std::string_view typed) noexcept {
+        const std::size_t size = std::min(typed.find('\0'), longest - text_.bytes().size());
         isCut_ = size < typed.size();
-        return text->append(typed.substr(0, size));
+        text_.extend(std::min(size, typed.size()));
     }
 
+    Password text_;
+    bool hasBegun_ = false;
     bool isCut_ = false;
     bool isComplete_ = false;
 };
@@ -305,16 +260,16 @@ bool waitForInput(const Descriptor& terminal, const SignalWatch& signals) noexce
 
 std::optional<Password> readLine(const Descriptor& terminal, const SignalWatch& signals) noexcept {
     Line line;
-    Chunk chunk;
     while (!line.isComplete()) {
-        if (!waitForInput(terminal, signals)) return std::nullopt;
-        const ssize_t size = ::read(terminal.number(), chunk.bytes, sizeof chunk.bytes);
+        const std::span<char> room = line.room();
+        if (room.empty() || !waitForInput(terminal, signals)) return std::nullopt;
+        const ssize_t size = ::read(terminal.number(), room.data(), room.size());
         if (size < 0 && errno == EINTR) continue;
         if (size < 0) return std::nullopt;
         if (size == 0) break;  // the end of input completes what has been typed
-        if (!line.take({chunk.bytes, static_cast<std::size_t>(size)})) return std::nullopt;
+        line.take(static_cast<std::size_t>(size));
     }
-    return std::move(line.text);
+    return std::move(line).text();
 }
 
 bool writeAll(const Descriptor& terminal, std::string_view text) noexcept {
@@ -334,7 +289,7 @@ int openTerminal() noexcept {
 // Nothing also when a signal was caught.
 std::optional<Password> ask(const char* prompt) noexcept {
     const Descriptor terminal(openTerminal());
-    if (!terminal.canBeSelected()) return std::nullopt;
+    if (!canBeSelected(terminal)) return std::nullopt;
     const SignalWatch signals;
     if (!signals.isOn()) return std::nullopt;
     Silence silence(terminal);
