@@ -141,28 +141,29 @@ int exportCopy(const std::string& path, const std::string& copy) {
     return EXIT_SUCCESS;
 }
 
-int reportMistakes(const HostsFile& hosts) {
+int checkFile(const std::string& path) {
+    HostsFile hosts;
+    if (const Problem problem = hosts.load(path)) return fail(*problem);
     int status = EXIT_SUCCESS;
     for (const std::string& mistake : hosts.mistakes()) status = fail(mistake);
     return status;
 }
 
-int checkFile(const std::string& path) {
-    HostsFile hosts;
-    if (const Problem problem = hosts.load(path)) return fail(*problem);
-    return reportMistakes(hosts);
-}
+// When the tool has been started again as root, the first line of its output is lost, and so is its
+// status: what is said here stands on the second line, and is said as a whole.
+int failToInstall(const std::string& reason) { return fail("Nothing was installed:\n" + reason); }
 
 int install(const std::string& path, const std::string& preparedPath) {
     HostsFile prepared;
-    if (const Problem problem = prepared.load(preparedPath)) return fail(*problem);
-    if (const int status = reportMistakes(prepared); status != EXIT_SUCCESS) return status;
+    if (const Problem problem = prepared.load(preparedPath)) return failToInstall(*problem);
+    if (!prepared.mistakes().empty()) return failToInstall(prepared.mistakes().front());
 
     HostsFile hosts;
-    if (const Problem problem = hosts.load(path)) return fail(*problem);
+    if (const Problem problem = hosts.load(path)) return failToInstall(*problem);
     hosts.takeLinesOf(prepared);
-    if (const Problem problem = hosts.save()) return fail(*problem);
-    return EXIT_SUCCESS;
+    if (const Problem problem = hosts.save()) return failToInstall(*problem);
+    const std::string count = std::to_string(hosts.entries().size());
+    return print("Installed " + preparedPath + "\n" + path + " has " + count + " entries now\n");
 }
 
 int showHelp();  // defined behind the list that it shows

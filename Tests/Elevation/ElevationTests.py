@@ -429,10 +429,22 @@ class Elevation(ElevationTest):
     def test_installs_the_hosts_file_that_the_user_has_prepared(self):
         write(WORK + "/hosts", "127.0.0.1 localhost\n")
         write(WORK + "/prepared", "127.0.0.1 localhost\n192.0.2.7 example.test\n")
-        self.run_elevated(HOSTS, "install", WORK + "/prepared", "--file", WORK + "/hosts")
+        self.run_elevated(HOSTS, "install", WORK + "/prepared", "--file", WORK + "/hosts",
+                          output=f"{WORK}/hosts has 2 entries now\n\n".encode())
         self.assertEqual(contents(WORK + "/hosts"), contents(WORK + "/prepared"))
         found = os.stat(WORK + "/hosts")
         self.assertEqual((found.st_uid, found.st_mode & 0o777), (0, 0o644))
+
+    def test_shows_why_nothing_was_installed(self):
+        write(WORK + "/hosts", "127.0.0.1 localhost\n")
+        write(WORK + "/prepared", "192.0.2.700 example.test\n")
+        # The message and its line end are two writes: they come as one block or as two.
+        reason = f"{WORK}/prepared:1: 192.0.2.700 is not an address\n".encode()
+        tool = self.start(HOSTS, "install", WORK + "/prepared", "--file", WORK + "/hosts")
+        self.assertEqual(tool.answer(RIGHT + b"\n"), PROMPT)
+        self.assertEqual(tool.finish(), 0)
+        self.assertIn(tool.output, (reason + b"\n", reason + b"\n\n"))
+        self.assertEqual(contents(WORK + "/hosts"), b"127.0.0.1 localhost\n")
 
     def test_runs_the_command_as_root(self):
         self.run_elevated(*steps(FIRST, "user", "write"), output=b"user 0 0\n\n")
