@@ -793,8 +793,8 @@ class Relay(ElevationTest):
 
     # Where there is no sudo.
 
-    def expect_stop(self, *command):
-        tool = self.start(*command)
+    def expect_stop(self, *command, **how):
+        tool = self.start(*command, **how)
         self.assertEqual(tool.answer(RIGHT + b"\n"), PROMPT)
         self.assertIn(tool.finish(), FATAL)
         self.assertEqual((tool.output, tool.errors), (b"", b""))
@@ -808,13 +808,16 @@ class Relay(ElevationTest):
         empty = FOLDER + "/empty"
         os.makedirs(empty, exist_ok=True)
         user = namespaces.USER
+        # The shell does not bear a sanitizer's library.
+        preload = namespaces.preloads(PROBE).get("LD_PRELOAD", "")
         start = ["unshare", "--mount", "--propagation", "private", "--user", f"--map-user={user}",
                  f"--map-group={user}", "--keep-caps", "sh", "-c",
-                 'mount --bind "$0" /usr/bin && exec "$@"', empty,
+                 'mount --bind "$0" /usr/bin && LD_PRELOAD=$1 && export LD_PRELOAD && '
+                 'shift && exec "$@"', empty, preload,
                  SETPRIV, *namespaces.WITHOUT_RIGHTS[1:]]
         if subprocess.run([*start, SETPRIV, "--version"], capture_output=True).returncode != 0:
             self.skipTest("no namespaces inside of namespaces here")
-        self.expect_stop(*start, *steps("say a"))
+        self.expect_stop(*start, *steps("say a"), environment={"LD_PRELOAD": ""})
 
     # Again and again.
 

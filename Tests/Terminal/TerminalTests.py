@@ -343,7 +343,7 @@ class JobControl(TerminalTest):
     def test_every_signal_that_stops_asks_anew_afterwards(self):
         for number in (signal.SIGTSTP, signal.SIGTTIN, signal.SIGTTOU):
             with self.subTest(number=number):
-                self.expect_start_over(number, lambda job: os.killpg(foreground(self.terminal),
+                self.expect_start_over(number, lambda job: os.killpg(self.terminal.foreground(),
                                                                      number))
 
     def test_a_stop_that_is_ignored_asks_no_more(self):
@@ -394,7 +394,7 @@ class JobControl(TerminalTest):
     def expect_no_reading_after_move_to_background(self, how):
         job = self.run_job("foreground", how)
         job.answer(b"wro")
-        os.killpg(foreground(self.terminal), signal.SIGSTOP)
+        os.killpg(self.terminal.foreground(), signal.SIGSTOP)
         self.expect_stop(job, signal.SIGSTOP)
         job.order("bg")
         # What is typed now is meant for the shell.
@@ -416,13 +416,6 @@ class JobControl(TerminalTest):
         job = self.run_job("orphan", "read", "read", "thread")
         self.expect_end(job, 0, ["none"] * 3)
         self.assertEqual(self.terminal.take_shown(), b"")
-
-
-def foreground(terminal):
-    """The process group that has the terminal."""
-    group = array.array("i", [0])
-    fcntl.ioctl(terminal.master, termios.TIOCGPGRP, group)
-    return group[0]
 
 
 class HangUp(TerminalTest):

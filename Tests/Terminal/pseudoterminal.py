@@ -1,5 +1,6 @@
 """Programs on a terminal of their own, for tests that play its user."""
 
+import array
 import fcntl
 import os
 import pty
@@ -39,6 +40,12 @@ class Terminal:
 
     def is_echoing(self):
         return bool(self.settings()[3] & termios.ECHO)
+
+    def foreground(self):
+        """The process group that has the terminal."""
+        group = array.array("i", [0])
+        fcntl.ioctl(self.master, termios.TIOCGPGRP, group)
+        return group[0]
 
     def type(self, keys):
         os.write(self.master, keys)
@@ -81,8 +88,23 @@ class Program:
         os.close(report)
         self.pid = self.process.pid
 
+    def reader(self):
+        """The process that reads."""
+        return self.pid
+
+    def is_asleep(self):
+        folder = f"/proc/{self.reader()}/task"
+        states = []
+        try:
+            for thread in os.listdir(folder):
+                with open(f"{folder}/{thread}/stat", encoding="utf-8") as file:
+                    states.append(file.read().rpartition(") ")[2][0])
+        except (FileNotFoundError, ProcessLookupError):  # a thread has just ended
+            return False
+        return set(states) == {"S"}
+
     def prompts(self):
-        """Waits for the prompt, or for the program's end without one."""
+        """Waits until the prompt is shown and keys are waited for; false when it ends without."""
         latest = time.monotonic() + PATIENCE
         while not self.terminal.shown.endswith(PROMPT):
             has_ended = self.process.poll() is not None
@@ -91,6 +113,10 @@ class Program:
                     return False
                 if time.monotonic() > latest:
                     raise AssertionError(f"no prompt, but {self.terminal.shown}")
+        while self.process.poll() is None and not self.is_asleep():
+            if time.monotonic() > latest:
+                raise AssertionError("the prompt is shown, but no keys are waited for")
+            time.sleep(0.0002)
         return True
 
     def answer(self, keys):
@@ -130,6 +156,9 @@ class Job(Program):
         shell = os.path.join(os.path.dirname(os.path.abspath(__file__)), "job.py")
         super().__init__(terminal, [sys.executable, "-S", "-E", shell, kind, *command], *words,
                          stdin=subprocess.PIPE)
+
+    def reader(self):
+        return self.terminal.foreground()
 
     def event(self):
         """The next stop or end of the job."""

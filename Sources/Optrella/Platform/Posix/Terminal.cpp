@@ -244,25 +244,25 @@ private:
 };
 
 // False when a signal was caught. By select(), because poll() does not know /dev/tty on macOS.
-bool waitForInput(const Descriptor& terminal, const SignalWatch& signals) noexcept {
-    const int pipe = signals.pipe().number();
-    fd_set readable;
-    int ready = 0;
-    do {
+bool waitForInput(const Descriptor& terminal, const Descriptor& pipe) noexcept {
+    const int count = std::max(terminal.number(), pipe.number()) + 1;
+    while (caught.load() == 0) {
+        fd_set readable;
         FD_ZERO(&readable);
         FD_SET(terminal.number(), &readable);
-        FD_SET(pipe, &readable);
-        ready =
-            ::select(std::max(terminal.number(), pipe) + 1, &readable, nullptr, nullptr, nullptr);
-    } while (ready < 0 && errno == EINTR);
-    return ready > 0 && !FD_ISSET(pipe, &readable);
+        FD_SET(pipe.number(), &readable);
+        const int ready = ::select(count, &readable, nullptr, nullptr, nullptr);
+        if (ready > 0) return !FD_ISSET(pipe.number(), &readable);
+        if (errno != EINTR) return false;
+    }
+    return false;
 }
 
 std::optional<Password> readLine(const Descriptor& terminal, const SignalWatch& signals) noexcept {
     Line line;
     while (!line.isComplete()) {
         const std::span<char> room = line.room();
-        if (room.empty() || !waitForInput(terminal, signals)) return std::nullopt;
+        if (room.empty() || !waitForInput(terminal, signals.pipe())) return std::nullopt;
         const ssize_t size = ::read(terminal.number(), room.data(), room.size());
         if (size < 0 && errno == EINTR) continue;
         if (size < 0) return std::nullopt;
