@@ -5,11 +5,14 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Optrella/CommandLine.hpp"
+#include "Optrella/Help.hpp"
 #include "Optrella/Internal/CommandLine.hpp"
 #include "Support/Capture.hpp"
 #include "Support/FakePlatform.hpp"
@@ -68,7 +71,10 @@ void showValue(const Case& shown, std::ostream& os) {
     for (const std::size_t argument : shown.arguments) os << " '" << pool[argument].bytes << "'";
 }
 
-rc::Gen<std::size_t> places() { return rc::gen::inRange<std::size_t>(0, poolSize); }
+// From the whole pool, however small the case: a range would shrink with its list.
+rc::Gen<std::size_t> places() {
+    return rc::gen::resize(rc::kNominalSize, rc::gen::inRange<std::size_t>(0, poolSize));
+}
 
 // Tags of one command come from a few places, so that they collide.
 rc::Gen<ParameterCase> parameters() {
@@ -276,6 +282,36 @@ Case drawnCase() {
     return drawn;
 }
 
+// What can be seen of a parse.
+struct Parsed {
+    parsingError outcome{};
+    std::string printed;
+    std::optional<std::size_t> ran;
+
+    explicit Parsed(const Case& source) {
+        LibraryCase library(source);
+        printed = Tests::printed(
+            [&] { outcome = parse(library.declarations, argumentTexts(source, true)); });
+        ran = library.ran;
+    }
+};
+
+std::vector<std::size_t> drawnOrder(std::size_t count) {
+    std::vector<std::size_t> order(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        order[i] = i;
+        std::swap(order[i], order[*rc::gen::inRange<std::size_t>(0, i + 1)]);
+    }
+    return order;
+}
+
+std::multiset<std::string> linesOf(const std::string& text) {
+    std::istringstream stream(text);
+    std::multiset<std::string> lines;
+    for (std::string line; std::getline(stream, line);) lines.insert(line);
+    return lines;
+}
+
 }  // namespace
 
 TEST(MatchingLaws, CouldRunAnswersAsTheModelDoes) {
@@ -358,5 +394,38 @@ TEST(MatchingLaws, DeclarationsStayAsTheyWere) {
                 }
             }
         }
+    }));
+}
+
+TEST(MatchingLaws, TheOrderOfDeclarationsDecidesNothing) {
+    EXPECT_TRUE(rc::check("order", [] {
+        const Case drawn = drawnCase();
+        RC_PRE(!drawn.declarations.empty());
+        const std::vector<std::size_t> order = drawnOrder(drawn.declarations.size());
+        Case reordered{{}, drawn.arguments};
+        for (const std::size_t place : order) {
+            reordered.declarations.push_back(drawn.declarations[place]);
+        }
+        const Parsed before(drawn);
+        const Parsed after(reordered);
+        RC_ASSERT(after.outcome == before.outcome);
+        RC_ASSERT(linesOf(after.printed) == linesOf(before.printed));
+        RC_ASSERT(after.ran.has_value() == before.ran.has_value());
+        if (before.ran) RC_ASSERT(order[*after.ran] == *before.ran);
+        RC_CLASSIFY(before.ran.has_value(), "one fit");
+    }));
+}
+
+TEST(MatchingLaws, HelpIsTheSameAfterAParse) {
+    EXPECT_TRUE(rc::check("help", [] {
+        const Case drawn = drawnCase();
+        LibraryCase library(drawn);
+        const auto help = [&] {
+            return Tests::printed([&] { displayHelp(library.declarations); });
+        };
+        const std::string before = help();
+        static_cast<void>(Tests::printed(
+            [&] { static_cast<void>(parse(library.declarations, argumentTexts(drawn, true))); }));
+        RC_ASSERT(help() == before);
     }));
 }
