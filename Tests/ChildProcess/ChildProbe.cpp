@@ -25,13 +25,11 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -43,69 +41,16 @@
 #include <string_view>
 #include <thread>
 
+#include "Support/Probe.hpp"
+
 namespace {
 
+using namespace Tests;
 using namespace std::chrono_literals;
-
-// What happened here cannot be told to the test, whose expectation fails by it.
-[[noreturn]] void giveUp() { ::_exit(99); }
-
-void writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-        if (written <= 0) giveUp();
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-}
-
-// A pipe tells at its write end too what waits in it.
-void awaitDrained(int descriptor) {
-    for (int i = 0; i < 100'000; ++i) {
-        int waiting = 0;
-        if (::ioctl(descriptor, FIONREAD, &waiting) != 0) giveUp();
-        if (waiting == 0) return;
-        pollfd end{descriptor, 0, 0};
-        if (::poll(&end, 1, 0) != 0) giveUp();  // nobody is left to read it
-        std::this_thread::sleep_for(100us);
-    }
-    giveUp();
-}
 
 void writeBlock(int descriptor, std::string_view bytes) {
     writeAll(descriptor, bytes);
     awaitDrained(descriptor);
-}
-
-std::string hex(std::string_view bytes) {
-    constexpr char digits[] = "0123456789abcdef";
-    std::string text;
-    for (const char each : bytes) {
-        const auto byte = static_cast<unsigned char>(each);
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
-    return text;
-}
-
-std::string bytesOf(std::string_view hexDigits) {
-    std::string bytes;
-    for (std::size_t i = 0; i + 1 < hexDigits.size(); i += 2) {
-        unsigned char byte = 0;
-        std::from_chars(hexDigits.data() + i, hexDigits.data() + i + 2, byte, 16);
-        bytes += static_cast<char>(byte);
-    }
-    return bytes;
-}
-
-std::string standardInput() {
-    std::string text;
-    char buffer[4096];
-    for (;;) {
-        const ssize_t size = ::read(STDIN_FILENO, buffer, sizeof buffer);
-        if (size < 0) giveUp();
-        if (size == 0) return text;
-        text.append(buffer, static_cast<std::size_t>(size));
-    }
 }
 
 std::string contents(const char* path) {
