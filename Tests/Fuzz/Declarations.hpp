@@ -1,0 +1,80 @@
+// Declarations.hpp - command lines made from the bytes of a run, as plain records that a model can
+// read and as what a tool declares.
+
+#ifndef OPTRELLA_TESTS_FUZZ_DECLARATIONS_HPP
+#define OPTRELLA_TESTS_FUZZ_DECLARATIONS_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Input.hpp"
+#include "Optrella/CommandLine.hpp"
+
+namespace Tests {
+
+enum class Kind : std::uint8_t { flag, text, uuid, number, list, path, own, large };
+
+struct ParameterCase {
+    Kind kind;
+    bool takesValue;
+    std::vector<std::string> tags;
+    std::string name;
+    std::string help;
+    std::vector<std::vector<std::string>> options;  // their tags; each has one at least
+    std::int64_t min, max;
+    Optrella::ParameterFileURL::urlType type;
+    Optrella::ParameterFileURL::existState state;
+};
+
+struct CommandCase {
+    bool requiresRoot;
+    bool hidden;
+    std::string help;
+    std::vector<ParameterCase> required;
+    std::vector<ParameterCase> optional;
+};
+
+// A tool's own kind, inside a ParameterProtocol or, when it is large, on the heap.
+template <std::size_t Size>
+struct OwnKind {
+    Optrella::commonDetails common;
+    char room[Size] = {};
+
+    [[nodiscard]] static std::string stored(const std::string& value) { return "<" + value + ">"; }
+    [[nodiscard]] static std::optional<std::string> fault(const std::string& value) {
+        return value.size() % 4 == 3 ? std::optional("odd: " + value) : std::nullopt;
+    }
+    [[nodiscard]] std::optional<Optrella::Text> validate() const {
+        return fault(common.userValue.str());
+    }
+    void storeUserValue(Optrella::Text newValue) { common.userValue = stored(newValue.str()); }
+};
+
+// A word out of a small set, so that words collide, or raw bytes.
+[[nodiscard]] std::string word(Input& input);
+
+// `requiredHaveTags` for what must name every required parameter.
+[[nodiscard]] std::vector<CommandCase> commands(Input& input, bool requiredHaveTags);
+
+// Mostly tags of the commands, and values.
+[[nodiscard]] std::vector<std::string> arguments(Input& input,
+                                                 const std::vector<CommandCase>& commands);
+
+[[nodiscard]] Optrella::ParameterProtocol made(const ParameterCase& parameter);
+
+// `run` gets the number of the command too.
+using Run = std::function<void(std::size_t command, const Optrella::Parameters& given)>;
+[[nodiscard]] std::vector<Optrella::CommandLinePossibility> made(
+    const std::vector<CommandCase>& commands, const Run& run);
+
+// Whether both hold the same to the byte.
+[[nodiscard]] bool areIdentical(const Optrella::CommandLinePossibility& left,
+                                const Optrella::CommandLinePossibility& right);
+
+}  // namespace Tests
+
+#endif
