@@ -576,10 +576,13 @@ TEST_F(ChildProcess, IsWaitedForAndReadThroughAStormOfSignals) {
                   ::sigaction(SIGALRM, &action, nullptr);
                   const itimerval often{{0, 500}, {0, 500}};
                   ::setitimer(ITIMER_REAL, &often, nullptr);
-                  const Outcome outcome = run(probe, {"numbers", "300"}, password("p"));
+                  // Some systems send them less often than they are asked to.
+                  for (int round = 0; round < 1000 && signals <= 10; ++round) {
+                      const Outcome outcome = run(probe, {"numbers", "300"}, password("p"));
+                      if (!outcome.isStarted || outcome.blocks.size() != 300) return 1;
+                  }
                   const itimerval never{};
                   ::setitimer(ITIMER_REAL, &never, nullptr);
-                  if (!outcome.isStarted || outcome.blocks.size() != 300) return 1;
                   if (isElsewhere) return 2;
                   return signals > 10 ? 0 : 3;
               }),
