@@ -58,7 +58,7 @@ class Test:
         self.here = here
         self.run_cases = 0
         self.differing = []
-        self.skipped = collections.Counter()
+        self.left_out = collections.Counter()
         self.shares = collections.Counter()
 
     def run(self, cases, count):
@@ -84,11 +84,11 @@ class Test:
     def judged(self, case):
         placed = self.placed(case)
         if generator.is_undecided(placed):
-            self.skipped["a path with more than one right answer"] += 1
+            self.left_out["a path with more than one right answer"] += 1
             return case, None
         expected = comparing.expectation_of(placed)
         if expected is None:
-            self.skipped["a root command, which would ask this user for a password"] += 1
+            self.left_out["a root command, which would ask this user for a password"] += 1
         return case, expected
 
     # shrinking
@@ -137,8 +137,8 @@ class Test:
         self.shares.update("parse: " + name for name, holds in seen.items() if holds)
 
     def report(self, options):
-        for reason, count in self.skipped.items():
-            print(f"skipped: {count} cases with {reason}")
+        for reason, count in self.left_out.items():
+            print(f"left out: {count} cases with {reason}")
         if options.statistics:
             self.print_shares()
         for case in self.small_differing():
