@@ -172,6 +172,14 @@ TEST(Fetch, AnEqualElementOfAnotherKindCountsAsNotFound) {
     EXPECT_SILENT_STOP(fetchString(string, given));
 }
 
+TEST(Fetch, AnEqualElementOfAnotherKindIsNoFlag) {
+    struct Anything {
+        commonDetails common;
+        [[nodiscard]] bool isEqualTo(const ParameterProtocol&) const { return true; }
+    };
+    EXPECT_FALSE(fetchOptionalNone(flag, {Anything(), flag}));
+}
+
 TEST(Fetch, ChangesNeitherTheAskedOneNorTheList) {
     const Parameters given{with(string, "x")};
     const commonDetails before = string.common;

@@ -1,10 +1,15 @@
 #include "Optrella/Help.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "Optrella/Internal/Help.hpp"
+#include "Optrella/Internal/Print.hpp"
 #include "Support/Capture.hpp"
 #include "Support/Death.hpp"
 
@@ -215,6 +220,29 @@ TEST(DisplayHelp, StaysInOrderWithTheToolsOwnPrintf) {
                   std::printf("after\n");
               }),
               "before\n\nafter\n");
+}
+
+// What is written to standard output, buffered or not, when a text has been printed.
+std::string writtenByPrint(int buffering) {
+    // Each read of such a socket takes what one write has brought.
+    int ends[2];
+    ::socketpair(AF_UNIX, SOCK_DGRAM, 0, ends);
+    ::dup2(ends[1], STDOUT_FILENO);
+    std::setvbuf(stdout, nullptr, buffering, BUFSIZ);
+    Internal::print("text", ';');
+    char written[16];
+    const ssize_t size = ::recv(ends[0], written, sizeof written, MSG_DONTWAIT);
+    return {written, size > 0 ? static_cast<std::size_t>(size) : 0};
+}
+
+TEST(Print, WritesATextAndItsTerminatorAtOnce) {
+    EXPECT_EXIT(std::_Exit(writtenByPrint(_IONBF) == "text;" ? 0 : 1), testing::ExitedWithCode(0),
+                testing::Eq(""));
+}
+
+TEST(Print, LeavesItToTheStreamWhenToWrite) {
+    EXPECT_EXIT(std::_Exit(writtenByPrint(_IOFBF).empty() ? 0 : 1), testing::ExitedWithCode(0),
+                testing::Eq(""));
 }
 
 }  // namespace

@@ -263,6 +263,21 @@ TEST(Tags, CopiesAreIndependent) {
     EXPECT_EQ(copy.front(), "other");
 }
 
+TEST(Tags, DifferFromTheirBeginning) {
+    EXPECT_FALSE(Tags("a") == Tags("a", "b"));
+    EXPECT_FALSE(Tags("a", "b") == Tags("a"));
+    EXPECT_FALSE(Tags() == Tags(""));
+}
+
+TEST(Tags, FewOrManyMayBeChangedInPlace) {
+    Tags few{"a", "b"};
+    Tags many{"a", "b", "c"};
+    few.end()[-1] = "last";
+    many.end()[-1] = "last";
+    EXPECT_EQ(strings(few), (std::vector<std::string>{"a", "last"}));
+    EXPECT_EQ(strings(many), (std::vector<std::string>{"a", "b", "last"}));
+}
+
 TEST(Tags, StopSilentlyBehindTheLast) {
     const Tags tags{"a"};
     EXPECT_SILENT_STOP(tags[1]);
@@ -430,6 +445,12 @@ TEST(ListOptions, KeepTheirOrderAndAreSharedByCopies) {
     EXPECT_EQ(copy.validOptions()[0].firstTag(), "name");
     EXPECT_EQ(copy.validOptions()[2].firstTag(), "size");
     EXPECT_EQ(copy.validOptions().begin(), list.validOptions().begin());
+}
+
+TEST(ListOptions, MayBeNone) {
+    const ListOptions none = std::vector<ParameterNone>();
+    EXPECT_TRUE(none.empty());
+    EXPECT_EQ(none.begin(), none.end());
 }
 
 // ---- Paths ----

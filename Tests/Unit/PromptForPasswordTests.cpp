@@ -1,6 +1,8 @@
 #include "Optrella/PromptForPassword.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -179,6 +181,12 @@ TEST_F(PromptTest, RepairsTheLongestLineOfATerminal) {
     EXPECT_EQ(prompted(), (Answer{text, ""}));
 }
 
+TEST_F(PromptTest, RefusesALineThatIsTooLongOnceItIsRepaired) {
+    platform().typedLines = {std::string(Password::capacity / 3 + 1, '\xFF')};
+    EXPECT_EQ(prompted(), (Answer{std::nullopt, "Sorry, try again.\n"}));
+    EXPECT_TRUE(platform().passwordChecks.empty());
+}
+
 TEST_F(PromptTest, ATextThatIsNotUTF8InAnotherWayStaysDistinct) {
     platform().typedLines = {"\u00E9"};
     platform().rightPassword = "e\u0301";
@@ -265,6 +273,21 @@ TEST(OutputRelay, DropsBothHalvesOfACharacterThatIsCutInTwo) {
                        "b",
                        "c"}),
               "q\nc\n");
+}
+
+// On a terminal every line is handed on by itself, and this cannot fail.
+TEST(OutputRelay, HandsOnEveryBlockAtOnce) {
+    std::vector<off_t> sizes;
+    printed([&] {
+        OutputRelay relay;
+        for (const char* block : {"p\nq", "x"}) {
+            relay.handle(block);
+            struct stat output {};
+            ::fstat(STDOUT_FILENO, &output);
+            sizes.push_back(output.st_size);
+        }
+    });
+    EXPECT_EQ(sizes, (std::vector<off_t>{2, 4}));
 }
 
 TEST(OutputRelay, KeepsANULByte) {

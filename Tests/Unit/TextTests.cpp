@@ -134,6 +134,8 @@ TEST(TextEquality, SeesTheByteAfterANUL) {
 
 TEST(TextEquality, OfBytesThatAreNotUTF8IsThatOfTheBytes) {
     const Text invalid[] = {"\xFF",
+                            "\x80",
+                            "\x81",
                             "\xC3",
                             "\xC3\xC3",
                             "\xED\xA0\x80",
