@@ -1,0 +1,257 @@
+"""The rows of the performance table: each a quantity with what it must and what it should reach."""
+
+import dataclasses
+import math
+import pathlib
+import re
+
+import measure
+from measure import BUILD, COMPLETE, DECLARE, HELP, MATCH, PARSE, WHOLE, counted, instructions
+
+PEERS = ["popt", "cli11", "cxxopts", "boost", "tclap", "args", "gflags", "abseil"]
+
+# The loader and the kernel's own page count for none.
+ORDINARY_LIBRARIES = {"libstdc++", "libgcc_s", "libm", "libc",
+                      "linux-vdso", "ld-linux-x86-64", "ld-linux-aarch64"}
+
+
+@dataclasses.dataclass
+class Row:
+    number: str
+    quantity: str
+    value: float | None  # None: not measured, and the detail says why
+    must: float
+    aim: float
+    detail: str
+    form: str = "{:.2f}×"
+    at_least: bool = False
+
+    def verdict(self):
+        if self.value is None:
+            return "not measured"
+        if self.reaches(self.aim):
+            return "aim"
+        return "must" if self.reaches(self.must) else "MISSED"
+
+    def reaches(self, bound):
+        return self.value >= bound if self.at_least else self.value <= bound
+
+    def cells(self):
+        sign = "≥ " if self.at_least else "≤ "
+        value = "-" if self.value is None else self.form.format(self.value)
+        bounds = [sign + self.form.format(bound) for bound in (self.must, self.aim)]
+        return [self.number, self.quantity, value, *bounds, self.verdict(), self.detail]
+
+
+def ours(count):
+    return f"optrella-plain-{count}"
+
+
+def given(count, parser="optrella"):
+    return measure.command_line(f"plain-{count}", parser)
+
+
+def declared(count):
+    return instructions(ours(count), DECLARE)
+
+
+def matched(commands):
+    return instructions(f"optrella-{commands}", MATCH, measure.command_line(commands))
+
+
+def declared_and_parsed(parser, count):
+    """Everything from the declarations to the five values; nothing when the peer is not there."""
+    tool = f"{parser}-plain-{count}"
+    if not measure.is_built(tool):
+        return None
+    regions = COMPLETE if parser == "optrella" else PARSE
+    return instructions(tool, DECLARE) + instructions(tool, regions, given(count, parser))
+
+
+def ratio(number, quantity, value, other, must, aim, at_least=False):
+    """A row of ours against another, or with at_least of another against ours."""
+    if other is None:
+        return Row(number, quantity, None, must, aim, "the peer is not installed", at_least=at_least)
+    quotient = other / value if at_least else value / other
+    return Row(number, quantity, quotient, must, aim, f"{value:,} against {other:,}", at_least=at_least)
+
+
+def heap_rows():
+    few, many = counted("plain-100", given(100)), counted("plain-1000", given(1000))
+    yield Row("1", "heap calls per declaration that does not fit", (many["calls"] - few["calls"]) / 900, 0, 0,
+              f"{few['calls']} calls at N=100, {many['calls']} at N=1000", "{:.3g}")
+    sixteen = counted("items", ["items", "15"])
+    yield Row("2", "heap calls of a match with validation", max(few["calls"], sixteen["calls"]), 2, 0,
+              f"{few['calls']} with 6 parameters given, {sixteen['calls']} with 16", "{:.0f}")
+
+
+def match_rows():
+    for number, count, must, aim in (("3", 100, 1.5, 1.0), ("4", 1000, 1.2, 0.7)):
+        by_hand = instructions(f"getopt-plain-{count}", PARSE, given(count))
+        yield ratio(number, f"matching at N={count}, against getopt_long by hand",
+                    matched(f"plain-{count}"), by_hand, must, aim)
+    for number, words, quantity, must, aim in (("5a", "distinct", "rejected at once", 25, 10),
+                                               ("5b", "alike", "same length and 7 bytes", 250, 100)):
+        few, many = matched(f"{words}-10"), matched(f"{words}-100")
+        yield Row(number, f"instructions per further declaration that does not fit: {quantity}",
+                  (many - few) / 90, must, aim, f"{few:,} at N=10, {many:,} at N=100", "{:.0f}")
+
+
+def parse_rows():
+    for number, count in (("6a", 10), ("6b", 100)):
+        row = ratio(number, f"declare + parse at N={count}, against popt",
+                    declared_and_parsed("optrella", count), declared_and_parsed("popt", count), 2.0, 1.0)
+        without = declared(count) + matched(f"plain-{count}")
+        row.detail += f"; {without:,} without the worker and its action"
+        yield row
+    for number, parser, must, aim in (("7a", "cli11", 20, 60), ("7b", "boost", 6, 16)):
+        yield ratio(number, f"declare + parse at N=100, times fewer than {parser}",
+                    declared_and_parsed("optrella", 100), declared_and_parsed(parser, 100), must, aim,
+                    at_least=True)
+
+
+def declaration_rows():
+    few, many = counted("plain-10", ["help"]), counted("plain-100", ["help"])
+    calls, asked = (many[f"declare {what}"] - few[f"declare {what}"] for what in ("calls", "bytes"))
+    yield Row("8a", "heap calls per declared command", calls / 90, 8, 2, "growth from N=10 to 100", "{:.1f}")
+    yield Row("8b", "heap bytes per declared command", asked / 90, 2000, 1000,
+              "growth from N=10 to 100, as asked for", "{:.0f}")
+
+
+def exponent(number, quantity, few, many, factor):
+    grown = math.log(many / few) / math.log(factor)
+    return Row(number, f"growth exponent of {quantity}", grown, 1.05, 1.0, f"{few:,} to {many:,}", "{:.3f}")
+
+
+def matched_items(count):
+    return instructions("optrella-items", MATCH, ["items", str(count)])
+
+
+def growth_rows():
+    yield exponent("9a", "declaring, N=100 to 1000", declared(100), declared(1000), 10)
+    yield exponent("9b", "matching, N=100 to 1000", matched("plain-100"), matched("plain-1000"), 10)
+    yield exponent("9c", "help, N=100 to 1000", instructions(ours(100), HELP, ["help"]),
+                   instructions(ours(1000), HELP, ["help"]), 10)
+    yield exponent("9d", "matching, M=1000 to 100 000", matched_items(1000), matched_items(100000), 100)
+
+
+def item_rows():
+    by_hand = instructions("getopt-items", ["runCommandLine", "takeItems"], ["items", "100000"])
+    yield ratio("10a", "matching at M=100 000, against getopt_long", matched_items(100000), by_hand, 2.0, 1.2)
+    heap = counted("items", ["items", "100000"])
+    yield Row("10b", "heap bytes per item at M=100 000", heap["bytes"] / 100000, 256, 64,
+              f"asked for in {heap['calls']:,} calls", "{:.0f}")
+
+
+def help_rows():
+    listing = instructions(ours(100), HELP, ["help"])
+    yield ratio("11a", "help at N=100, against fprintf by hand", listing,
+                instructions("getopt-plain-100", HELP, ["help"]), 1.5, 0.9)
+    peers = {parser: instructions(f"{parser}-plain-100", HELP, ["help"])
+             for parser in PEERS if measure.is_built(f"{parser}-plain-100")}
+    best = min(peers, key=peers.get, default=None)
+    yield ratio("11b", f"help at N=100, times fewer than the best peer ({best})", listing, peers.get(best),
+                8, 13, at_least=True)
+
+
+def process_rows():
+    arguments = given(10)
+    yield ratio("12", "whole process, static libstdc++, against an empty C main",
+                instructions("optrella-static", WHOLE, arguments), instructions("empty", WHOLE), 2.0, 1.45)
+    yield ratio("13", "whole process, shared libstdc++, against the getopt_long tool",
+                instructions("optrella-shared", WHOLE, arguments),
+                instructions("getopt-shared", WHOLE, arguments), 1.08, 1.02)
+    loaded = {pathlib.Path(line.split()[0]).name.split(".so")[0]
+              for line in measure.run(["ldd", BUILD / "optrella-shared"]).splitlines()}
+    further = sorted(loaded - ORDINARY_LIBRARIES)
+    yield Row("14", "further shared objects at start", len(further), 0, 0, ", ".join(further) or "none",
+              "{:.0f}")
+    word = arguments[0]
+    idle = {"no fit": [word, "--unknown"], "help": ["help"], "failed validation": [word, "-m", "wrong"]}
+    threads = {name: counted("plain-10", each)["threads"] for name, each in idle.items()}
+    detail = ", ".join(f"{name}: {count}" for name, count in threads.items())
+    yield Row("15", "threads started when nothing runs", sum(threads.values()), 0, 0,
+              f"{detail}; a command that runs: {counted('plain-10', arguments)['threads']}", "{:.0f}")
+
+
+def compile_row(rounds=5):
+    row = Row("16", "compiling the smallest file, times faster than CLI11", None, 12, 50,
+              "the peer is not installed", at_least=True)
+    if not measure.is_built("cli11-plain-10"):
+        return row
+    commands = {}
+    for name, header in (("ours", "Optrella/Optrella.hpp"), ("cli11", "CLI/CLI.hpp")):
+        source = BUILD / f"include-{name}.cpp"
+        source.write_text(f"#include <{header}>\nint main() {{}}\n")
+        commands[name] = ["g++", "-std=c++20", "-O2", "-I", measure.ROOT / "Sources",
+                          "-c", source, "-o", "/dev/null"]
+    seconds = {name: processor for name, (_, processor) in measure.in_rounds(commands, rounds).items()}
+    row.value = seconds["cli11"] / seconds["ours"]
+    row.detail = (f"{seconds['ours']:.2f} s against {seconds['cli11']:.2f} s of the processor, "
+                  f"medians of {rounds}")
+    return row
+
+
+def stripped(tool):
+    small = BUILD / f"{tool}.stripped"
+    measure.run(["strip", "-o", small, BUILD / tool])
+    return small.stat().st_size
+
+
+def size_row():
+    table = re.compile(r"^\w+ (\w+) [rRdD] utf8proc_", re.MULTILINE)
+    symbols = measure.run(["nm", "-S", BUILD / "smallest-optrella"])
+    tables = sum(int(size, 16) for size in table.findall(symbols))
+    tool, nothing = stripped("smallest-optrella"), stripped("smallest-nothing")
+    return Row("17", "bytes that the library adds to a stripped tool", tool - nothing - tables,
+               100_000, 50_000,
+               f"{tool:,} - {nothing:,} of an empty tool - {tables:,} of utf8proc's tables", "{:,.0f}")
+
+
+def normalisation_row():
+    """Decomposed code points, in texts: the words of the tool all have about the same length."""
+    arguments = measure.decomposed(measure.command_line("accented-100"))
+    words = [line.split('"')[1] for line in (BUILD / "accented-100.inc").read_text().splitlines()]
+    points = decomposed_points("optrella-accented-100", arguments)
+    texts = points / (sum(map(len, words)) / len(words))
+    for_ascii = decomposed_points("optrella-plain-100", given(100))
+    return Row("18", "texts normalised for a non-ASCII argument, N=100, all tags left open", texts,
+               101, 101,
+               f"{points:,} decomposed code points; {for_ascii} for an ASCII argument", "{:.0f}")
+
+
+def decomposed_points(tool, arguments):
+    return measure.calls(tool, "utf8proc_decompose_char", MATCH, arguments)
+
+
+def all_rows():
+    for rows in (heap_rows, match_rows, parse_rows, declaration_rows, growth_rows, item_rows, help_rows,
+                 process_rows):
+        yield from rows()
+    yield compile_row()
+    yield size_row()
+    yield normalisation_row()
+
+
+# ---- Every parser beside the others ----
+
+def side_by_side(rounds=101):
+    """For each parser and N: instructions of declaring, parsing, help and the process; its time."""
+    tools = {(parser, count): f"{parser}-plain-{count}" for count in (10, 100)
+             for parser in ["optrella", "getopt", *PEERS] if measure.is_built(f"{parser}-plain-{count}")}
+    measure.check_answers(tools.values())
+    measure.check_help()
+    commands = {key: [BUILD / tool, *given(key[1], key[0])] for key, tool in tools.items()}
+    seconds = measure.in_rounds({"empty": [BUILD / "empty"], **commands}, rounds)
+
+    def times(key):
+        return [f"{each * 1e6:.0f} µs" for each in seconds[key]]
+
+    yield ["parser", "N", "declare", "parse", "help", "whole process", "wall time", "processor time"]
+    yield ["an empty C main", "", "", "", "", f"{instructions('empty', WHOLE):,}", *times("empty")]
+    for (parser, count), tool in tools.items():
+        arguments = given(count, parser)
+        regions = COMPLETE if parser == "optrella" else PARSE
+        figures = [instructions(tool, DECLARE), instructions(tool, regions, arguments),
+                   instructions(tool, HELP, ["help"]), instructions(tool, WHOLE, arguments)]
+        yield [parser, str(count), *(f"{figure:,}" for figure in figures), *times((parser, count))]
