@@ -10,7 +10,7 @@ import re
 import sys
 
 FLOORS = [
-    ["Platform/", "Internal/Unicode"],
+    ["Platform/", "Internal/Unicode", "Internal/Lines"],
     ["Text", "Internal/Print"],
     ["Values"],
     ["Parameters", "PromptForPassword", "CommandLineExitStatus"],
@@ -50,7 +50,7 @@ def unit(path):
     stem = path.rsplit(".", 1)[0]
     if stem.startswith("Platform/"):
         return stem
-    if stem in ("Internal/Unicode", "Internal/Print"):
+    if stem in ("Internal/Unicode", "Internal/Print", "Internal/Lines"):
         return stem
     return stem.removeprefix("Internal/")
 

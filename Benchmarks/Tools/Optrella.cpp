@@ -17,49 +17,34 @@ void act(const char* word, const ParameterString& name, const ParameterNumber& c
                 fetchOptionalNone(verbose, given));
 }
 
-#define COMMAND(id, word, help, nameHelp, countHelp, modeHelp, fileHelp, verboseHelp)   \
-    const ParameterNone id##Word{{word}, ""};                                           \
-    const ParameterString id##Name{{"-n", "--name"}, "name", nameHelp};                 \
-    const ParameterNumber id##Count{{"-c", "--count"}, "count", 0, 1000, countHelp};    \
-    const ParameterList id##Mode{                                                       \
-        {"-m", "--mode"}, {"fast", "safe", "full", "quick", "none"}, "mode", modeHelp}; \
-    const ParameterFileURL id##File{{"-f", "--file"},                                   \
-                                    ParameterFileURL::urlType::file,                    \
-                                    ParameterFileURL::existState::exist,                \
-                                    "file",                                             \
-                                    fileHelp};                                          \
-    const ParameterNone id##Verbose{{"-v", "--verbose"}, verboseHelp};
+#define COMMAND(id, word, help, nameHelp, countHelp, modeHelp, fileHelp, verboseHelp)    \
+    constexpr ParameterNone id##Word{{word}, ""};                                        \
+    constexpr ParameterString id##Name{{"-n", "--name"}, "name", nameHelp};              \
+    constexpr ParameterNumber id##Count{{"-c", "--count"}, "count", 0, 1000, countHelp}; \
+    const ParameterList id##Mode{                                                        \
+        {"-m", "--mode"}, {"fast", "safe", "full", "quick", "none"}, "mode", modeHelp};  \
+    constexpr ParameterFileURL id##File{{"-f", "--file"},                                \
+                                        ParameterFileURL::urlType::file,                 \
+                                        ParameterFileURL::existState::exist,             \
+                                        "file",                                          \
+                                        fileHelp};                                       \
+    constexpr ParameterNone id##Verbose{{"-v", "--verbose"}, verboseHelp};
 #include COMMANDS
 #undef COMMAND
 
-#define DECLARED(id, word, help)                                                                \
-    {                                                                                           \
-        false, {id##Word}, {id##Name, id##Count, id##Mode, id##File, id##Verbose}, help, false, \
-            [](const Parameters& given) {                                                       \
-                act(word, id##Name, id##Count, id##Mode, id##File, id##Verbose, given);         \
-            }                                                                                   \
-    }
-
-#ifdef ONE_FUNCTION_EACH
-// What a tool of many hundred commands does: g++ takes the longer for each command, the more of
-// them stand in one function, and an array is initialised by one function.
-#define COMMAND(id, word, help, ...) \
-    CommandLinePossibility id() { return DECLARED(id, word, help); }
-#include COMMANDS
-#undef COMMAND
-
+#define COMMAND(id, word, help, ...)                                             \
+    {false,                                                                      \
+     {id##Word},                                                                 \
+     {id##Name, id##Count, id##Mode, id##File, id##Verbose},                     \
+     help,                                                                       \
+     false,                                                                      \
+     [](const Parameters& given) {                                               \
+         act(word, id##Name, id##Count, id##Mode, id##File, id##Verbose, given); \
+     }},
 const CommandLinePossibility commandLines[] = {
-#define COMMAND(id, ...) id(),
 #include COMMANDS
 #undef COMMAND
 };
-#else
-const CommandLinePossibility commandLines[] = {
-#define COMMAND(id, word, help, ...) DECLARED(id, word, help),
-#include COMMANDS
-#undef COMMAND
-};
-#endif
 
 }  // namespace
 

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <iterator>
 #include <string>
+#include <string_view>
 
 #include "Optrella/Internal/CommandLine.hpp"
 #include "Optrella/Internal/Print.hpp"
+#include "Optrella/Internal/Text.hpp"
 #include "Optrella/Internal/Unicode.hpp"
 #include "Optrella/Platform/StartArguments.hpp"
 #include "Optrella/Platform/Worker.hpp"
@@ -41,123 +42,199 @@ std::optional<parsingError> fromRawValue<parsingError>(const Text& text) noexcep
     return std::nullopt;
 }
 
+// ---- Marks ----
+
+// Most declarations have nothing to do with an argument. So that they need not be searched, each
+// knows of 64 marks which ones no tag of its has. A tag has two of them; an argument that has one
+// that is absent is no tag. That holds where both are ASCII. What equals another text does not show
+// in its bytes: such a tag has all marks, and such an argument none.
+
+namespace {
+
+std::uint64_t marksOf(const Text& ascii) noexcept {
+    const unsigned fingerprint = ascii.fingerprint();
+    return std::uint64_t{1} << (fingerprint % 64) | std::uint64_t{1} << (fingerprint / 64 % 64);
+}
+
+std::uint64_t marksOfArgument(const Text& argument) noexcept {
+    return argument.isASCII() ? marksOf(argument) : 0;
+}
+
+std::uint64_t marksOfTags(const Parameters& parameters) noexcept {
+    std::uint64_t marks = 0;
+    for (const ParameterProtocol& parameter : parameters) {
+        for (const Text& tag : parameter.common().tags) {
+            marks |= tag.isASCII() ? marksOf(tag) : ~std::uint64_t{0};
+        }
+    }
+    return marks;
+}
+
+}  // namespace
+
+Internal::DeclaredParameters::DeclaredParameters() noexcept = default;
+Internal::DeclaredParameters::DeclaredParameters(DeclaredParameters&&) noexcept = default;
+Internal::DeclaredParameters::~DeclaredParameters() = default;
+
+CommandLinePossibility::CommandLinePossibility(bool requiresRoot,
+                                               Internal::DeclaredParameters required,
+                                               Internal::DeclaredParameters optional, Text help,
+                                               bool hidden, Internal::Action run) noexcept
+    : required_(std::move(required).take()),
+      optional_(std::move(optional).take()),
+      help_(std::move(help)),
+      run_(std::move(run)),
+      absentMarks_(~(marksOfTags(required_) | marksOfTags(optional_))),
+      requiresRoot_(requiresRoot),
+      hidden_(hidden) {}
+
 // ---- Matching ----
 
 namespace {
 
 using Arguments = std::span<const Text>;
 
-bool owns(const ParameterProtocol& parameter, const Text& argument) {
-    const Tags& tags = parameter.common().tags;
-    return std::find(tags.begin(), tags.end(), argument) != tags.end();
-}
-
 // Of several owners the last one is taken, on purpose; hence backwards. Null when there is none.
-const ParameterProtocol* lastOwner(const Parameters& parameters, const Text& argument) {
-    const auto owner =
-        std::find_if(parameters.rbegin(), parameters.rend(),
-                     [&](const ParameterProtocol& each) { return owns(each, argument); });
-    return owner != parameters.rend() ? &*owner : nullptr;
+const ParameterProtocol* lastOwner(const Parameters& parameters, const Text& argument,
+                                   Internal::CanonicalComparer& comparer) {
+    for (auto owner = parameters.rbegin(); owner != parameters.rend(); ++owner) {
+        for (const Text& tag : owner->common().tags) {
+            if (tag.differsAtSight(argument)) continue;
+            if (comparer.areEqual(argument, tag)) return &*owner;
+        }
+    }
+    return nullptr;
 }
 
-// Walks the arguments through a declaration and calls `take` for each given parameter: with the
-// declared one, whether it is required, and its value, null for a flag. False when an argument
-// belongs to no parameter, and, with a line of output, when the last value is missing.
-template <class Take>
-bool walk(const CommandLinePossibility& declaration, Arguments arguments, Take take) {
+// A parameter that the arguments give to a declaration.
+struct Given {
+    const ParameterProtocol* declared;
+    const Text* value;  // null for a flag
+};
+
+// The given parameters out of one list of a declaration, in the order of the arguments.
+class GivenGroup {
+public:
+    [[nodiscard]] std::size_t size() const noexcept { return size_; }
+
+    void clear() noexcept {
+        more_.clear();
+        size_ = 0;
+        stored_.clear();
+    }
+
+    void take(const Given& given) {
+        if (size_ < fewest) {
+            few_[size_] = given;
+        } else {
+            more_.push_back(given);
+        }
+        ++size_;
+        if (given.value != nullptr && !given.declared->storesByDefault()) {
+            stored_.push_back(*given.declared);
+            stored_.back().storeUserValue(*given.value);
+        }
+    }
+
+    // Copies of the parameters with their values; once.
+    void moveTo(Parameters& filled) {
+        auto stored = stored_.begin();
+        const std::span<const Given> few(few_, std::min(size_, fewest));
+        for (const std::span<const Given> part : {few, std::span<const Given>(more_)}) {
+            for (const Given& given : part) {
+                const bool isStored = given.value != nullptr && !given.declared->storesByDefault();
+                ParameterProtocol& place =
+                    filled.emplace_back(isStored ? std::move(*stored++) : *given.declared);
+                if (given.value != nullptr && !isStored) place.storeUserValue(*given.value);
+            }
+        }
+    }
+
+private:
+    static constexpr std::size_t fewest = 16;  // without the heap
+
+    Given few_[fewest];
+    std::vector<Given> more_;
+    std::size_t size_ = 0;
+    // Of the parameters whose kind replaces storeUserValue: a tool may see that call, so it is made
+    // while the arguments are matched, once, whatever comes of it. All other copies wait until it
+    // is known that they are needed.
+    Parameters stored_;
+};
+
+// What the arguments give to a declaration.
+struct Match {
+    const CommandLinePossibility* declaration = nullptr;
+    GivenGroup required;
+    GivenGroup optional;
+};
+
+// False when an argument belongs to no parameter, and, with a line of output, when the last value
+// is missing.
+bool takesAll(Match& match, Arguments arguments, Internal::CanonicalComparer& comparer) {
+    const Parameters& required = Declaration::required(*match.declaration);
+    const Parameters& optional = Declaration::optional(*match.declaration);
     for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
-        const ParameterProtocol* owner = lastOwner(Declaration::required(declaration), *argument);
-        const bool isRequired = owner != nullptr;
-        if (!isRequired) owner = lastOwner(Declaration::optional(declaration), *argument);
+        GivenGroup* group = &match.required;
+        const ParameterProtocol* owner = lastOwner(required, *argument, comparer);
+        if (owner == nullptr) {
+            group = &match.optional;
+            owner = lastOwner(optional, *argument, comparer);
+        }
         if (owner == nullptr) return false;
         if (!owner->common().hasParameter) {
-            take(*owner, isRequired, nullptr);
+            group->take({owner, nullptr});
             continue;
         }
         if (++argument == arguments.end()) {
-            Internal::print("Missing argument for " + owner->firstTag().str());
+            Internal::printLine({"Missing argument for ", owner->firstTag()});
             return false;
         }
-        take(*owner, isRequired, &*argument);
+        group->take({owner, &*argument});
     }
     return true;
 }
 
-// A declaration that the arguments fit.
-struct Fit {
-    const CommandLinePossibility* declaration;
-    // Copies, with their values, of the given parameters whose kind replaces storeUserValue: a tool
-    // may see that call, so it is made during the walk, once, whatever comes of the walk. All other
-    // copies wait until it is known that they are needed.
-    Parameters stored;
-};
-
-std::optional<Fit> fitted(const CommandLinePossibility& declaration, Arguments arguments) {
-    std::size_t requiredCount = 0;
-    Parameters stored;
-    const bool isWhole =
-        walk(declaration, arguments,
-             [&](const ParameterProtocol& parameter, bool isRequired, const Text* value) {
-                 if (isRequired) ++requiredCount;
-                 if (value == nullptr || parameter.storesByDefault()) return;
-                 stored.push_back(parameter);
-                 stored.back().storeUserValue(*value);
-             });
-    // Only the counts are compared, on purpose: a required tag that is given twice makes up for
-    // another one that is missing.
-    if (!isWhole || requiredCount != Declaration::required(declaration).size()) return std::nullopt;
-    return Fit{&declaration, std::move(stored)};
+// Whether the arguments fit the declaration; `match` then says how.
+bool fits(const CommandLinePossibility& declaration, Arguments arguments,
+          Internal::CanonicalComparer& comparer, Match& match) {
+    match.declaration = &declaration;
+    match.required.clear();
+    match.optional.clear();
+    // Of the required parameters only the count is compared, on purpose: a tag that is given twice
+    // makes up for another one that is missing.
+    return takesAll(match, arguments, comparer) &&
+           match.required.size() == Declaration::required(declaration).size();
 }
 
-CommandLinePossibility filledIn(Fit fit, Arguments arguments) {
-    const CommandLinePossibility& declaration = *fit.declaration;
-    Parameters required;
-    Parameters optional;
-    auto stored = std::make_move_iterator(fit.stored.begin());
-    walk(declaration, arguments,
-         [&](const ParameterProtocol& parameter, bool isRequired, const Text* value) {
-             Parameters& section = isRequired ? required : optional;
-             if (value == nullptr) {
-                 section.push_back(parameter);
-             } else if (parameter.storesByDefault()) {
-                 section.push_back(parameter);
-                 section.back().storeUserValue(*value);
-             } else {
-                 section.push_back(*stored++);
-             }
-         });
-    return {Declaration::requiresRoot(declaration),
-            std::move(required),
-            std::move(optional),
-            Declaration::help(declaration),
-            false,
-            Declaration::run(declaration)};
+Internal::Fit filledIn(Match& match) {
+    Internal::Fit fit{match.declaration, {}, match.required.size()};
+    fit.given.reserve(match.required.size() + match.optional.size());
+    for (GivenGroup* group : {&match.required, &match.optional}) group->moveTo(fit.given);
+    return fit;
 }
 
 }  // namespace
 
 namespace Internal {
 
-std::optional<CommandLinePossibility> couldRun(const CommandLinePossibility& commandLine,
-                                               std::span<const Text> passedLine) {
-    std::optional<Fit> fit = fitted(commandLine, passedLine);
-    if (!fit) return std::nullopt;
-    return filledIn(*std::move(fit), passedLine);
+std::optional<Fit> couldRun(const CommandLinePossibility& commandLine,
+                            std::span<const Text> passedLine) {
+    Match match;
+    CanonicalComparer comparer;
+    if (!fits(commandLine, passedLine, comparer, match)) return std::nullopt;
+    return filledIn(match);
 }
 
 // ---- Validation ----
 
-bool validateParameters(const CommandLinePossibility& commandLine) {
+bool validateParameters(const Parameters& given) {
     bool isValid = true;
-    for (const Parameters* section :
-         {&Declaration::required(commandLine), &Declaration::optional(commandLine)}) {
-        for (const ParameterProtocol& parameter : *section) {
-            const std::optional<Text> message = parameter.validate();
-            if (!message) continue;
-            print("Validation of parameter " + parameter.firstTag().str() +
-                  " failed : " + message->str());
-            isValid = false;
-        }
+    for (const ParameterProtocol& parameter : given) {
+        const std::optional<Text> message = parameter.validate();
+        if (!message) continue;
+        printLine({"Validation of parameter ", parameter.firstTag(), " failed : ", *message});
+        isValid = false;
     }
     return isValid;
 }
@@ -172,7 +249,7 @@ bool validatePermissions(const CommandLinePossibility& commandLine) {
         // The tool has run, as root: this process has nothing left to do, whatever came of it.
         std::exit(0);  // NOLINT(concurrency-mt-unsafe)
     }
-    print("Requested command line must be run as root. Try using sudo.");
+    printLine({"Requested command line must be run as root. Try using sudo."});
     return false;
 }
 
@@ -198,43 +275,58 @@ std::string rendered(std::span<const Text> arguments) {
 
 namespace {
 
-void runAction(void* context) {
-    const auto& commandLine = *static_cast<const CommandLinePossibility*>(context);
-    const Parameters& optional = Declaration::optional(commandLine);
-    Parameters given = Declaration::required(commandLine);
-    given.insert(given.end(), optional.begin(), optional.end());
-    Declaration::run(commandLine)(given);
+// Holds the action too: a tool may drop its declarations while the action runs.
+struct Job {
+    Internal::Action action;
+    Parameters given;
+};
+
+void runJob(void* context) {
+    const Job& job = *static_cast<const Job*>(context);
+    job.action(job.given);
 }
 
-parsingError run(CommandLinePossibility commandLine) {
-    if (!Internal::validateParameters(commandLine)) return parsingError::NoMatchingLine;
-    if (!Internal::validatePermissions(commandLine)) return parsingError::NoMatchingLine;
-    if (!Platform::runOnWorker(runAction, &commandLine)) Internal::fatalStop();
+parsingError run(Internal::Fit fit) {
+    if (!Internal::validateParameters(fit.given)) return parsingError::NoMatchingLine;
+    if (!Internal::validatePermissions(*fit.declaration)) return parsingError::NoMatchingLine;
+    Job job{Declaration::run(*fit.declaration), std::move(fit.given)};
+    if (!Platform::runOnWorker(runJob, &job)) Internal::fatalStop();
     return parsingError::NoError;
+}
+
+parsingError runTheOnlyFit(CommandList commandList, Arguments arguments) {
+    const std::uint64_t firstMarks = marksOfArgument(arguments.front());
+    const auto mayFit = [firstMarks](const CommandLinePossibility& declaration) {
+        return (firstMarks & Declaration::absentMarks(declaration)) == 0;
+    };
+    Internal::CanonicalComparer comparer;
+    Match first;
+    Match other;
+    std::size_t matches = 0;
+    const auto end = commandList.end();
+    for (auto declaration = std::find_if(commandList.begin(), end, mayFit); declaration != end;
+         declaration = std::find_if(declaration + 1, end, mayFit)) {
+        if (fits(*declaration, arguments, comparer, matches == 0 ? first : other)) ++matches;
+    }
+    if (matches == 0) {
+        Internal::printLine({Internal::rendered(arguments),
+                             " is not a valid command line.\n Please refer to the help below."});
+    }
+    if (matches != 1) return parsingError::NoMatchingLine;
+    return run(filledIn(first));
 }
 
 }  // namespace
 
 parsingError parse(CommandList commandList, std::span<const Text> passedIn) noexcept {
     if (passedIn.size() < 2) return parsingError::NoCommandLine;
-    const Arguments arguments = passedIn.subspan(1);
-    std::optional<Fit> onlyFit;
-    std::size_t fits = 0;
-    for (const CommandLinePossibility& declaration : commandList) {
-        std::optional<Fit> fit = fitted(declaration, arguments);
-        if (fit && ++fits == 1) onlyFit = std::move(fit);
-    }
-    if (fits == 0) {
-        Internal::print(Internal::rendered(arguments) +
-                        " is not a valid command line.\n Please refer to the help below.");
-    }
-    if (fits != 1) return parsingError::NoMatchingLine;
-    return run(filledIn(*std::move(onlyFit), arguments));
+    return runTheOnlyFit(commandList, passedIn.subspan(1));
 }
 
 parsingError parse(CommandList commandList, int argc, const char* const* argv) noexcept {
     if (argc < 2) return parsingError::NoCommandLine;
-    return parse(commandList, std::vector<Text>(argv, argv + argc));
+    const Internal::TextBlock arguments(std::span(argv, static_cast<std::size_t>(argc)).subspan(1));
+    return runTheOnlyFit(commandList, arguments.texts());
 }
 
 }  // namespace Optrella

@@ -36,15 +36,15 @@ concept Runnable =
 class Action {
 public:
     template <class Callable, Runnable Stored = std::decay_t<Callable>>
-    Action(Callable&& callable) {
+    Action(Callable&& callable) noexcept {
         if constexpr (std::is_empty_v<Stored> && std::is_default_constructible_v<Stored>) {
-            call_ = [](void*, const Parameters& given) { static_cast<void>(Stored{}(given)); };
+            call_ = [](Shared*, const Parameters& given) { static_cast<void>(Stored{}(given)); };
         } else {
-            shared_ =
-                SharedObject(new Stored(std::forward<Callable>(callable)),
-                             [](void* stored) noexcept { delete static_cast<Stored*>(stored); });
-            call_ = [](void* stored, const Parameters& given) {
-                static_cast<void>((*static_cast<Stored*>(stored))(given));
+            shared_ = SharedObject(new State<Stored>{
+                {[](Shared* state) noexcept { delete static_cast<State<Stored>*>(state); }},
+                std::forward<Callable>(callable)});
+            call_ = [](Shared* state, const Parameters& given) {
+                static_cast<void>(static_cast<State<Stored>*>(state)->callable(given));
             };
         }
     }
@@ -52,8 +52,41 @@ public:
     void operator()(const Parameters& given) const { call_(shared_.get(), given); }
 
 private:
-    void (*call_)(void* stored, const Parameters& given);
+    template <class Stored>
+    struct State : Shared {
+        Stored callable;
+    };
+
+    void (*call_)(Shared* state, const Parameters& given);
     SharedObject shared_;
+};
+
+template <class Given>
+concept Listed = std::is_class_v<Given> && !std::same_as<Given, Parameters>;
+
+// The parameters of a declaration: in braces, or a list made before. Here each is copied once; the
+// braces of a std::vector would copy it twice. A tool has many declarations in one function, so
+// what is not a template stands in the library, and without memory the process ends at once.
+class DeclaredParameters {
+public:
+    DeclaredParameters() noexcept;
+    template <std::same_as<Parameters> List>
+    DeclaredParameters(List parameters) noexcept : parameters_(std::move(parameters)) {}
+    DeclaredParameters(DeclaredParameters&& other) noexcept;
+    ~DeclaredParameters();
+    template <class... Given>
+    requires(Listed<std::remove_cvref_t<Given>>&&...) DeclaredParameters(Given&&... given)
+    noexcept {
+        static_assert((std::is_constructible_v<ParameterProtocol, Given> && ...),
+                      "a parameter must be of a kind: have a member `commonDetails common`");
+        parameters_.reserve(sizeof...(given));
+        (parameters_.emplace_back(std::forward<Given>(given)), ...);
+    }
+
+    [[nodiscard]] Parameters take() && noexcept { return std::move(parameters_); }
+
+private:
+    Parameters parameters_;
 };
 
 }  // namespace Internal
@@ -74,14 +107,9 @@ public:
     // `const Parameters&`; copies of a declaration share it. It is called on a thread of its own
     // while parse waits; an exception that leaves it ends the process.
     // Everything is stored as it is, unchecked.
-    CommandLinePossibility(bool requiresRoot, Parameters required, Parameters optional, Text help,
-                           bool hidden, Internal::Action run) noexcept
-        : required_(std::move(required)),
-          optional_(std::move(optional)),
-          help_(std::move(help)),
-          run_(std::move(run)),
-          requiresRoot_(requiresRoot),
-          hidden_(hidden) {}
+    CommandLinePossibility(bool requiresRoot, Internal::DeclaredParameters required,
+                           Internal::DeclaredParameters optional, Text help, bool hidden,
+                           Internal::Action run) noexcept;
 
 private:
     friend struct Internal::Declaration;
@@ -90,6 +118,7 @@ private:
     Parameters optional_;
     Text help_;
     Internal::Action run_;
+    std::uint64_t absentMarks_;  // rule most arguments out at a glance
     bool requiresRoot_;
     bool hidden_;
 };
@@ -141,6 +170,9 @@ private:
 // A root command of a user outside group 0 asks a member of the administrators' group for the
 // password and runs the whole tool again under sudo; parse then does not return: the process ends
 // with status 0 when that has ended.
+//
+// Of arguments given as argc and argv one copy is made, in one block of memory, which lives as long
+// as a tool keeps one of the values.
 //
 // The action runs on a thread of lower priority than the caller's; the caller waits. Safe on any
 // thread, within an action, and on several threads at once. STOPS the process when a thread or sudo

@@ -12,45 +12,45 @@ namespace Optrella {
 namespace {
 
 using Internal::Declaration;
+using Internal::Lines;
+using Internal::Listing;
 
-std::string helpLine(const CommandLinePossibility& possibility) {
+void appendHelpLine(Lines& lines, const CommandLinePossibility& possibility) {
     // Ends the line of the synopses. The blank behind the help text always stands: so there are two
     // before the note and one at the end of a line without it.
-    std::string line = "\n  ";
-    line += Declaration::help(possibility);
-    line += " ";
-    if (Declaration::requiresRoot(possibility)) line += " (must be run as root)";
-    return line;
+    lines.append("\n  ", Declaration::help(possibility), " ");
+    if (Declaration::requiresRoot(possibility)) lines.append(" (must be run as root)");
+    lines.append("\n");
 }
 
-// REQUIRES: `lines` ends in a line feed or is empty.
-void appendChoices(std::string& lines, const ListOptions& options) {
-    lines += "        Must be one of: ";
+// Shows what of a command was listed before the parameter that cannot be.
+[[noreturn]] void stopBehind(const Listing& listing) {
+    Internal::print(listing.lines);
+    Internal::fatalStop();
+}
+
+void appendChoices(Listing& listing, const ListOptions& options) {
+    Lines& lines = listing.descriptions;
+    lines.append("        Must be one of: ");
     for (const ParameterNone& option : options) {
-        lines += option.firstTag();
-        lines += ", ";
+        if (option.common.tags.empty()) stopBehind(listing);
+        lines.append(option.firstTag(), ", ");
     }
     // Without choices this takes the ": " of the fixed text.
-    Internal::dropLastCharacters(lines, 2);
-    lines += '\n';
+    lines.shorten(Internal::sizeOfLastCharacters(lines, 2));
+    lines.append("\n");
 }
 
-void appendDescription(std::string& lines, const ParameterProtocol& parameter) {
+void appendDescription(Listing& listing, const ParameterProtocol& parameter) {
     const commonDetails& common = parameter.common();
+    Lines& lines = listing.descriptions;
     if (!common.hasParameter) {
-        if (common.tagHelp.empty()) return;
-        lines += "    ";
-        lines += common.tagHelp;
-        lines += '\n';
+        if (!common.tagHelp.empty()) lines.append("    ", common.tagHelp, "\n");
         return;
     }
-    lines += "    ";
-    lines += common.parameterName;
-    lines += "  -  ";
-    lines += common.tagHelp;
-    lines += '\n';
+    lines.append("    ", common.parameterName, "  -  ", common.tagHelp, "\n");
     if (const auto* list = parameter.as<ParameterList>()) {
-        appendChoices(lines, list->validOptions());
+        appendChoices(listing, list->validOptions());
     }
 }
 
@@ -58,45 +58,42 @@ void appendDescription(std::string& lines, const ParameterProtocol& parameter) {
 
 namespace Internal {
 
-std::string formTagHelp(const ParameterProtocol& option, bool optional) {
+void formTagHelp(Lines& lines, const ParameterProtocol& option, bool optional) {
     const commonDetails& common = option.common();
-    std::string text = optional ? "[ " : "";
+    if (optional) lines.append("[ ");
     for (const Text& tag : common.tags) {
-        text += tag;
-        text += '|';
+        lines.append(tag, "|");
     }
-    // The last bar; without tags, the blank of "[ " - and a required parameter has not even that.
-    if (text.empty()) fatalStop();
-    dropLastCharacters(text, 1);
-    if (common.hasParameter) {
-        text += " <";
-        text += common.parameterName;
-        text += "> ";
-    }
-    if (optional) text += " ]";
-    return text;
+    // The last bar; without tags, the blank of "[ ".
+    lines.shorten(sizeOfLastCharacters(lines, 1));
+    if (common.hasParameter) lines.append(" <", common.parameterName, "> ");
+    if (optional) lines.append(" ]");
 }
 
-std::string displayHelpParameters(const Parameters& list, bool optional) {
-    std::string description;
+void displayHelpParameters(Listing& listing, const Parameters& list, bool optional) {
     for (const ParameterProtocol& parameter : list) {
-        print(formTagHelp(parameter, optional), ' ');
-        appendDescription(description, parameter);
+        // It has no last bar to drop.
+        if (!optional && parameter.common().tags.empty()) stopBehind(listing);
+        formTagHelp(listing.lines, parameter, optional);
+        listing.lines.append(" ");
+        appendDescription(listing, parameter);
     }
-    return description;
 }
 
 }  // namespace Internal
 
 void displayHelp(CommandList commandList) noexcept {
-    Internal::print("");
+    Internal::print("\n");
+    Listing listing;
     for (const CommandLinePossibility& possibility : commandList) {
         if (Declaration::hidden(possibility)) continue;
-        std::string description =
-            Internal::displayHelpParameters(Declaration::required(possibility), false);
-        description += Internal::displayHelpParameters(Declaration::optional(possibility), true);
-        Internal::print(helpLine(possibility));
-        Internal::print(std::move(description));
+        Internal::displayHelpParameters(listing, Declaration::required(possibility), false);
+        Internal::displayHelpParameters(listing, Declaration::optional(possibility), true);
+        appendHelpLine(listing.lines, possibility);
+        listing.lines.append(listing.descriptions, "\n");
+        Internal::print(listing.lines);
+        listing.lines.clear();
+        listing.descriptions.clear();
     }
 }
 

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstring>
 #include <memory>
-#include <string>
 #include <string_view>
 
+#include "Optrella/Internal/Lines.hpp"
 #include "Optrella/Internal/Unicode.hpp"
 #include "Optrella/Platform/Files.hpp"
 
@@ -131,7 +132,7 @@ void ParameterProtocol::takeFrom(ParameterProtocol& other) noexcept {
     if (operations_->move != nullptr) {
         operations_->move(other.storage_, storage_);
     } else {
-        ::new (storage_) void*(other.kind());
+        std::memcpy(storage_, other.storage_, sizeof(void*));
         other.operations_ = &Internal::KindTable<ParameterNone>::operations;
         ::new (other.storage_) ParameterNone(Tags(), Text());
     }
@@ -167,76 +168,78 @@ std::int64_t ParameterNumber::getValue() const noexcept {
 
 namespace Internal {
 
-struct SharedObject::Block {
-    void* object;
-    Destroy destroy;
-    std::atomic<std::size_t> owners;
-};
-
-SharedObject::SharedObject(void* object, Destroy destroy) : block_(new Block{object, destroy, 1}) {}
-
-SharedObject::SharedObject(const SharedObject& other) noexcept : block_(other.block_) {
-    if (block_ != nullptr) block_->owners.fetch_add(1, std::memory_order_relaxed);
+void SharedObject::retain() const noexcept {
+    __atomic_fetch_add(&object_->owners, 1, __ATOMIC_RELAXED);
 }
 
 void SharedObject::release() noexcept {
-    if (block_->owners.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
-    block_->destroy(block_->object);
-    delete block_;
+    if (__atomic_fetch_sub(&object_->owners, 1, __ATOMIC_ACQ_REL) == 1) {
+        object_->destroy(object_);
+    }
 }
-
-void* SharedObject::get() const noexcept { return block_ != nullptr ? block_->object : nullptr; }
 
 }  // namespace Internal
 
 namespace {
 
-using OptionVector = std::vector<ParameterNone>;
+// Stands before the options, in one block with them.
+struct OptionBlock : Internal::Shared {
+    std::size_t count = 0;
 
-OptionVector optionsOf(std::initializer_list<Text> firstTags) {
-    OptionVector options;
-    options.reserve(firstTags.size());
-    for (const Text& tag : firstTags) options.emplace_back(Tags(tag), Text());
-    return options;
+    [[nodiscard]] ParameterNone* options() noexcept {
+        return reinterpret_cast<ParameterNone*>(this + 1);
+    }
+    [[nodiscard]] const ParameterNone* options() const noexcept {
+        return reinterpret_cast<const ParameterNone*>(this + 1);
+    }
+};
+
+void destroyOptions(Internal::Shared* shared) noexcept {
+    auto* block = static_cast<OptionBlock*>(shared);
+    std::destroy_n(block->options(), block->count);
+    ::operator delete(block);
 }
 
-std::string notAnOption(const Text& word) {
-    std::string message = "Item ";
-    message += word;
-    message += " is not a valid option. It must be one of: ";
-    return message;
+template <class Source>
+OptionBlock* optionsOf(std::span<Source> sources) {
+    if (sources.empty()) return nullptr;
+    void* room = ::operator new(sizeof(OptionBlock) + sources.size() * sizeof(ParameterNone));
+    auto* block = ::new (room) OptionBlock{{destroyOptions}, sources.size()};
+    ParameterNone* place = block->options();
+    for (Source& source : sources) {
+        if constexpr (std::is_same_v<Source, const Text>) {
+            ::new (place++) ParameterNone(source, Text());
+        } else {
+            ::new (place++) ParameterNone(std::move(source));
+        }
+    }
+    return block;
 }
 
 }  // namespace
 
 ListOptions::ListOptions(std::initializer_list<ParameterNone> options)
-    : ListOptions(OptionVector(options)) {}
+    : options_(optionsOf(std::span(options))) {}
 ListOptions::ListOptions(std::initializer_list<Text> firstTags)
-    : ListOptions(optionsOf(firstTags)) {}
-ListOptions::ListOptions(std::vector<ParameterNone> options) {
-    if (options.empty()) return;
-    options_ = Internal::SharedObject(
-        new OptionVector(std::move(options)),
-        [](void* shared) noexcept { delete static_cast<OptionVector*>(shared); });
-}
+    : options_(optionsOf(std::span(firstTags))) {}
+ListOptions::ListOptions(std::vector<ParameterNone> options)
+    : options_(optionsOf(std::span(options))) {}
 
 std::span<const ParameterNone> ListOptions::options() const noexcept {
-    const auto* shared = static_cast<const OptionVector*>(options_.get());
-    return shared != nullptr ? std::span<const ParameterNone>(*shared)
-                             : std::span<const ParameterNone>();
+    const auto* block = static_cast<const OptionBlock*>(options_.get());
+    if (block == nullptr) return {};
+    return {block->options(), block->count};
 }
 
 std::optional<Text> ParameterList::validate() const {
     for (const ParameterNone& option : validOptions_) {
         if (option.firstTag() == common.userValue) return std::nullopt;
     }
-    std::string message = notAnOption(common.userValue);
-    for (const ParameterNone& option : validOptions_) {
-        message += option.firstTag();
-        message += ", ";
-    }
+    Internal::Lines message;
+    message.append("Item ", common.userValue, " is not a valid option. It must be one of: ");
+    for (const ParameterNone& option : validOptions_) message.append(option.firstTag(), ", ");
     // Without options this takes the ": " of the fixed text: the message then ends in "one of".
-    Internal::dropLastCharacters(message, 2);
+    message.shorten(Internal::sizeOfLastCharacters(message, 2));
     return Text(message);
 }
 
@@ -257,6 +260,12 @@ bool fileExists(const Text& path) noexcept {
            Platform::fileExists(path.c_str());
 }
 
+Text joined(const Text& path, std::string_view fault) {
+    Internal::Lines message;
+    message.append(path, fault);
+    return message;
+}
+
 template <class Case>
 std::optional<Case> caseOf(const Text& text, std::initializer_list<Case> cases) noexcept {
     for (const Case each : cases) {
@@ -271,10 +280,10 @@ std::optional<Text> ParameterFileURL::validate() const {
     switch (state) {
         case existState::exist:
             if (fileExists(common.userValue)) return std::nullopt;
-            return Text(common.userValue.str() + " does not exist");
+            return joined(common.userValue, " does not exist");
         case existState::absent:
             if (!fileExists(common.userValue)) return std::nullopt;
-            return Text(common.userValue.str() + " must not exist");
+            return joined(common.userValue, " must not exist");
         case existState::vague:
             return std::nullopt;
     }

@@ -212,16 +212,16 @@ concept HasForeignDefaults = requires(const Kind& kind) {
     requires !std::same_as<decltype(kindOfDefaults(kind)), Kind>;
 };
 
-// What a parameter of one kind can do. There is one such object for each kind: its address is the
-// kind's identity.
+// What a parameter of one kind can do with the storage that holds it. There is one such object for
+// each kind: its address is the kind's identity.
 struct KindOperations {
-    commonDetails& (*common)(void* kind) noexcept;
-    std::optional<Text> (*validate)(const void* kind);
+    commonDetails& (*common)(void* storage) noexcept;
+    std::optional<Text> (*validate)(const void* storage);
     bool (*isEqualTo)(const ParameterProtocol& self, const ParameterProtocol& other);
-    void (*storeUserValue)(void* kind, Text&& newValue);
-    void (*copy)(const void* kind, void* storage);
-    void (*move)(void* kind, void* storage) noexcept;  // null when the kind is on the heap
-    void (*destroy)(void* kind) noexcept;
+    void (*storeUserValue)(void* storage, Text&& newValue);
+    void (*copy)(const void* from, void* to);
+    void (*move)(void* from, void* to) noexcept;  // null when the storage holds but a pointer
+    void (*destroy)(void* storage) noexcept;
     bool storesByDefault;
 };
 
@@ -255,26 +255,26 @@ public:
     ParameterProtocol(Given&& kindWithoutCommon) = delete;
 
     ParameterProtocol(const ParameterProtocol& other) : operations_(other.operations_) {
-        operations_->copy(other.kind(), storage_);
+        operations_->copy(other.storage_, storage_);
     }
     ParameterProtocol(ParameterProtocol&& other) noexcept : operations_(other.operations_) {
         takeFrom(other);
     }
     ParameterProtocol& operator=(ParameterProtocol other) noexcept {
-        operations_->destroy(kind());
+        operations_->destroy(storage_);
         operations_ = other.operations_;
         takeFrom(other);
         return *this;
     }
-    ~ParameterProtocol() { operations_->destroy(kind()); }
+    ~ParameterProtocol() { operations_->destroy(storage_); }
 
     [[nodiscard]] const commonDetails& common() const noexcept {
-        return operations_->common(const_cast<void*>(kind()));
+        return operations_->common(const_cast<std::byte*>(storage_));
     }
-    [[nodiscard]] commonDetails& common() noexcept { return operations_->common(kind()); }
+    [[nodiscard]] commonDetails& common() noexcept { return operations_->common(storage_); }
 
     // Why the stored value is not acceptable, or nothing when it is. By default: nothing.
-    [[nodiscard]] std::optional<Text> validate() const { return operations_->validate(kind()); }
+    [[nodiscard]] std::optional<Text> validate() const { return operations_->validate(storage_); }
 
     // Whether both stand for the same declared parameter. By default: the same kind, the same tags
     // in the same order, the same tagHelp and hasParameter; what the user gave, parameterName and a
@@ -284,7 +284,9 @@ public:
     }
 
     // By default: sets common().userValue, whatever the text.
-    void storeUserValue(Text newValue) { operations_->storeUserValue(kind(), std::move(newValue)); }
+    void storeUserValue(Text newValue) {
+        operations_->storeUserValue(storage_, std::move(newValue));
+    }
 
     // The primary tag. STOPS the process when there are no tags.
     [[nodiscard]] const Text& firstTag() const { return common().tags.front(); }
@@ -292,9 +294,8 @@ public:
     // The held parameter, or null when it is of another kind.
     template <class Kind>
     [[nodiscard]] const Kind* as() const noexcept {
-        return operations_ == &Internal::KindTable<Kind>::operations
-                   ? static_cast<const Kind*>(kind())
-                   : nullptr;
+        return operations_ == &Internal::KindTable<Kind>::operations ? &Held<Kind>::get(storage_)
+                                                                     : nullptr;
     }
     [[nodiscard]] bool isSameKindAs(const ParameterProtocol& other) const noexcept {
         return operations_ == other.operations_;
@@ -310,13 +311,6 @@ private:
 
     static constexpr std::size_t inlineSize = 120;  // the largest of the six kinds
 
-    [[nodiscard]] void* kind() noexcept {
-        return operations_->move != nullptr ? static_cast<void*>(storage_)
-                                            : *reinterpret_cast<void**>(storage_);
-    }
-    [[nodiscard]] const void* kind() const noexcept {
-        return const_cast<ParameterProtocol*>(this)->kind();
-    }
     // Takes what `other` holds; operations_ is already other's, storage_ holds nothing.
     void takeFrom(ParameterProtocol& other) noexcept;
 
@@ -409,33 +403,39 @@ private:
 
 namespace Internal {
 
+// What is shared begins with this.
+struct Shared {
+    void (*destroy)(Shared* shared) noexcept;
+    std::size_t owners = 1;  // counted by SharedObject alone
+};
+
 // An object that copies share; the last of them destroys it. Copies may live on several threads.
 class SharedObject {
 public:
-    using Destroy = void (*)(void*) noexcept;
-
     constexpr SharedObject() noexcept = default;
-    // Owns `object`.
-    SharedObject(void* object, Destroy destroy);
-    SharedObject(const SharedObject& other) noexcept;
+    // Owns the object; null is none.
+    explicit SharedObject(Shared* object) noexcept : object_(object) {}
+    SharedObject(const SharedObject& other) noexcept : object_(other.object_) {
+        if (object_ != nullptr) retain();
+    }
     constexpr SharedObject(SharedObject&& other) noexcept
-        : block_(std::exchange(other.block_, nullptr)) {}
+        : object_(std::exchange(other.object_, nullptr)) {}
     SharedObject& operator=(SharedObject other) noexcept {
-        std::swap(block_, other.block_);
+        std::swap(object_, other.object_);
         return *this;
     }
     constexpr ~SharedObject() {
-        if (block_ != nullptr) release();
+        if (object_ != nullptr) release();
     }
 
     // Null when it holds none.
-    [[nodiscard]] void* get() const noexcept;
+    [[nodiscard]] constexpr Shared* get() const noexcept { return object_; }
 
 private:
-    struct Block;
+    void retain() const noexcept;
     void release() noexcept;
 
-    Block* block_ = nullptr;
+    Shared* object_ = nullptr;
 };
 
 }  // namespace Internal
@@ -541,39 +541,47 @@ struct ParameterProtocol::Held {
             ::new (storage) void*(new Kind(std::forward<Given>(kind)));
         }
     }
-    static const Kind& get(const void* kind) noexcept { return *static_cast<const Kind*>(kind); }
-    static Kind& get(void* kind) noexcept { return *static_cast<Kind*>(kind); }
+    static const Kind& get(const void* storage) noexcept {
+        if constexpr (isInline) {
+            return *static_cast<const Kind*>(storage);
+        } else {
+            return **static_cast<const Kind* const*>(storage);
+        }
+    }
+    static Kind& get(void* storage) noexcept {
+        return const_cast<Kind&>(get(static_cast<const void*>(storage)));
+    }
 
-    static commonDetails& common(void* kind) noexcept { return get(kind).common; }
-    static std::optional<Text> validate([[maybe_unused]] const void* kind) {
+    static commonDetails& common(void* storage) noexcept { return get(storage).common; }
+    static std::optional<Text> validate([[maybe_unused]] const void* storage) {
         if constexpr (Internal::HasValidate<Kind>) {
-            return get(kind).validate();
+            return get(storage).validate();
         } else {
             return std::nullopt;
         }
     }
     static bool isEqualTo(const ParameterProtocol& self, const ParameterProtocol& other) {
         if constexpr (Internal::HasIsEqualTo<Kind>) {
-            return get(self.kind()).isEqualTo(other);
+            return get(self.storage_).isEqualTo(other);
         } else {
             return self.isSameKindAs(other) &&
                    Internal::isSameDeclaration(self.common(), other.common());
         }
     }
-    static void storeUserValue(void* kind, Text&& newValue) {
+    static void storeUserValue(void* storage, Text&& newValue) {
         if constexpr (Internal::HasStoreUserValue<Kind>) {
-            get(kind).storeUserValue(std::move(newValue));
+            get(storage).storeUserValue(std::move(newValue));
         } else {
-            get(kind).common.userValue = std::move(newValue);
+            get(storage).common.userValue = std::move(newValue);
         }
     }
-    static void copy(const void* kind, void* storage) { make(get(kind), storage); }
-    static void move(void* kind, void* storage) noexcept { make(std::move(get(kind)), storage); }
-    static void destroy(void* kind) noexcept {
+    static void copy(const void* from, void* to) { make(get(from), to); }
+    static void move(void* from, void* to) noexcept { make(std::move(get(from)), to); }
+    static void destroy(void* storage) noexcept {
         if constexpr (isInline) {
-            get(kind).~Kind();
+            get(storage).~Kind();
         } else {
-            delete &get(kind);
+            delete &get(storage);
         }
     }
 

@@ -64,7 +64,7 @@ std::optional<Platform::Password> prompt() {
         if (!typed) continue;
         std::optional<Platform::Password> password = repaired(*std::move(typed));
         if (password && isAccepted(*password)) return password;
-        Internal::print("Sorry, try again.");
+        Internal::printLine({"Sorry, try again."});
     }
     return std::nullopt;
 }
@@ -94,7 +94,7 @@ void OutputRelay::handle(std::string_view block) {
         block = *rest;
     }
     // Every block gets a line end of its own, whether it has one already or not.
-    Internal::print(std::string(block));
+    Internal::printLine({block});
     Internal::flushPrinted();
 }
 

@@ -10,6 +10,7 @@
 
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <string_view>
 #include <type_traits>
@@ -20,6 +21,8 @@ namespace Optrella {
 class Text;
 
 namespace Internal {
+
+class TextBlock;  // makes texts that share one block of the heap
 
 // Ends the process at once, without a message.
 [[noreturn]] void fatalStop() noexcept;
@@ -52,7 +55,7 @@ public:
     // REQUIRES: the array lives as long as the process, and no NUL stands before its end.
     template <std::size_t N>
     consteval Text(const char (&literal)[N])
-        : bytes_(literal), sizeAndFlags_(described(N - 1, isASCII(literal, N - 1))) {
+        : bytes_(literal), description_(described(literal, N - 1)) {
         if (std::char_traits<char>::length(literal) != N - 1) Internal::textLiteralHoldsNUL();
     }
 
@@ -73,16 +76,15 @@ public:
     Text(std::nullptr_t) = delete;
 
     constexpr Text(const Text& other) noexcept
-        : bytes_(other.bytes_), sizeAndFlags_(other.sizeAndFlags_) {
+        : bytes_(other.bytes_), description_(other.description_) {
         if (isShared()) retain();
     }
-    constexpr Text(Text&& other) noexcept
-        : bytes_(other.bytes_), sizeAndFlags_(other.sizeAndFlags_) {
+    constexpr Text(Text&& other) noexcept : bytes_(other.bytes_), description_(other.description_) {
         other.forget();
     }
     constexpr Text& operator=(Text other) noexcept {
         std::swap(bytes_, other.bytes_);
-        std::swap(sizeAndFlags_, other.sizeAndFlags_);
+        std::swap(description_, other.description_);
         return *this;
     }
     // Also what a template assigns from an array that was handed on.
@@ -104,17 +106,28 @@ public:
     [[nodiscard]] std::string str() const;
 
     // In bytes.
-    [[nodiscard]] constexpr std::size_t size() const noexcept { return sizeAndFlags_ / flagRoom; }
+    [[nodiscard]] constexpr std::size_t size() const noexcept { return description_ >> sizePlace; }
     [[nodiscard]] constexpr bool empty() const noexcept { return size() == 0; }
+    // Some bits of a hash of the bytes: ASCII texts that differ in them are not equal.
+    [[nodiscard]] constexpr unsigned fingerprint() const noexcept {
+        return static_cast<unsigned>(description_ >> fingerprintPlace) &
+               ((1U << fingerprintSize) - 1);
+    }
     [[nodiscard]] constexpr bool isASCII() const noexcept {
-        return (sizeAndFlags_ & asciiFlag) != 0;
+        return (description_ & asciiFlag) != 0;
+    }
+    // Whether nobody need look at the bytes to know that both are not equal. Of ASCII texts that
+    // are not equal it is false for one in many.
+    [[nodiscard]] constexpr bool differsAtSight(const Text& other) const noexcept {
+        return ((description_ ^ other.description_) & ~sharedFlag) != 0 &&
+               (description_ & other.description_ & asciiFlag) != 0;
     }
 
     // Whether both are canonically equivalent: case counts, blanks count, the way in which an
     // accented letter is written does not. A text with bytes that are not UTF-8 equals only itself.
     // STOPS the process when compared with a null pointer.
     friend bool operator==(const Text& left, const Text& right) noexcept {
-        return equal(left, right);
+        return !left.differsAtSight(right) && equal(left, right);
     }
     template <Internal::TextComparable S>
     friend bool operator==(const Text& left, const S& right) noexcept {
@@ -128,21 +141,57 @@ public:
     }
 
 private:
+    friend class Internal::TextBlock;
+
     enum CopyOf { copyOf };
     Text(std::string_view bytes, CopyOf);
-
-    static constexpr std::size_t sharedFlag = 1;
-    static constexpr std::size_t asciiFlag = 2;
-    static constexpr std::size_t flagRoom = 4;
-
-    static constexpr std::size_t described(std::size_t size, bool ascii) noexcept {
-        return size * flagRoom + (ascii ? asciiFlag : 0);
+    // Copied into the block, to the place, which has roomFor the bytes.
+    Text(void* block, char* place, std::string_view bytes) noexcept;
+    // In a block a text stands behind its distance from the block's beginning, and zeros behind it.
+    static constexpr std::size_t roomFor(std::size_t size) noexcept {
+        return sizeof(std::size_t) + (size / wordSize + 1) * wordSize;
     }
-    static constexpr bool isASCII(const char* bytes, std::size_t size) noexcept {
-        for (std::size_t i = 0; i < size; ++i) {
-            if (static_cast<unsigned char>(bytes[i]) >= 0x80) return false;
+
+    // What a text is described by: from the lowest bit on, whether its bytes are shared, whether
+    // they are ASCII, their fingerprint, their number.
+    static constexpr std::uint64_t sharedFlag = 1;
+    static constexpr std::uint64_t asciiFlag = 2;
+    static constexpr unsigned fingerprintPlace = 2;
+    static constexpr unsigned fingerprintSize = 14;
+    static constexpr unsigned sizePlace = fingerprintPlace + fingerprintSize;
+
+    // The bytes are described eight at a time, as a number with the first one lowest and zeros
+    // behind the last.
+    static constexpr std::size_t wordSize = 8;
+
+    class Description {
+    public:
+        constexpr void add(std::uint64_t word) noexcept {
+            hash_ = (hash_ ^ word) * 0x9E3779B97F4A7C15;
+            allBits_ |= word;
         }
-        return true;
+        [[nodiscard]] constexpr std::uint64_t of(std::size_t size) const noexcept {
+            const bool isASCII = (allBits_ & 0x8080808080808080) == 0;
+            return static_cast<std::uint64_t>(size) << sizePlace |
+                   hash_ >> (64 - fingerprintSize) << fingerprintPlace | (isASCII ? asciiFlag : 0);
+        }
+
+    private:
+        std::uint64_t hash_ = 0;
+        std::uint64_t allBits_ = 0;
+    };
+
+    static consteval std::uint64_t described(const char* bytes, std::size_t size) noexcept {
+        Description description;
+        for (std::size_t i = 0; i < size; i += wordSize) {
+            std::uint64_t word = 0;
+            for (std::size_t j = 0; j < wordSize && i + j < size; ++j) {
+                word |= static_cast<std::uint64_t>(static_cast<unsigned char>(bytes[i + j]))
+                        << 8 * j;
+            }
+            description.add(word);
+        }
+        return description.of(size);
     }
     // An array need not hold a NUL.
     template <std::size_t N>
@@ -158,22 +207,21 @@ private:
         return static_cast<std::string_view>(source);
     }
 
-    static bool equal(const Text& left, const Text& right) noexcept;
-    static bool equal(const Text& left, std::string_view right) noexcept;
+    static bool equal(std::string_view left, std::string_view right) noexcept;
 
     [[nodiscard]] constexpr bool isShared() const noexcept {
-        return (sizeAndFlags_ & sharedFlag) != 0;
+        return (description_ & sharedFlag) != 0;
     }
     constexpr void forget() noexcept {
         bytes_ = "";
-        sizeAndFlags_ = asciiFlag;
+        description_ = asciiFlag;
     }
     void retain() const noexcept;
     void release() noexcept;
 
-    const char* bytes_ = "";  // always ends in NUL; stands behind a shared block's count if shared
+    const char* bytes_ = "";  // always ends in NUL; stands in a shared block if shared
     // One number: clang 14 crashes on a consteval constructor of bit-fields.
-    std::size_t sizeAndFlags_ = asciiFlag;
+    std::uint64_t description_ = asciiFlag;
 };
 
 }  // namespace Optrella

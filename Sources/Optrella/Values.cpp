@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "Optrella/Internal/Lines.hpp"
 #include "Optrella/Platform/Files.hpp"
 
 namespace Optrella {
@@ -28,21 +29,13 @@ bool standsInURLPath(char c) noexcept {
            std::string_view("-._~!$&'()*+,;=:@/").find(c) != std::string_view::npos;
 }
 
-std::string percentEncoded(std::string_view path) {
+void appendPercentEncoded(Internal::Lines& url, std::string_view path) {
     constexpr char digits[] = "0123456789ABCDEF";
-    std::string encoded;
-    encoded.reserve(path.size());
     for (const char c : path) {
-        if (standsInURLPath(c)) {
-            encoded += c;
-        } else {
-            const auto byte = static_cast<unsigned char>(c);
-            encoded += '%';
-            encoded += digits[byte / 16];
-            encoded += digits[byte % 16];
-        }
+        const auto byte = static_cast<unsigned char>(c);
+        const char encoded[] = {'%', digits[byte / 16], digits[byte % 16]};
+        url.append(standsInURLPath(c) ? std::string_view(&c, 1) : std::string_view(encoded, 3));
     }
-    return encoded;
 }
 
 // Takes "." and ".." out of an absolute path as RFC 3986, 5.2.4, does: on the text alone.
@@ -100,29 +93,30 @@ std::optional<UUID> UUID::fromText(const Text& text) noexcept {
 
 Text UUID::text() const {
     constexpr char digits[] = "0123456789ABCDEF";
-    std::string text;
-    text.reserve(36);
+    char text[36];
+    std::size_t size = 0;
     for (const std::uint8_t byte : bytes) {
-        if (isDashPosition(text.size())) text += '-';
-        text += digits[byte / 16];
-        text += digits[byte % 16];
+        if (isDashPosition(size)) text[size++] = '-';
+        text[size++] = digits[byte / 16];
+        text[size++] = digits[byte % 16];
     }
-    return text;
+    return std::string_view(text, size);
 }
 
 FileURL FileURL::fromPath(const Text& path) {
     const std::string_view typed = path;
-    if (typed.starts_with('/')) {
-        std::string url = percentEncoded(typed);
-        if (!url.ends_with('/') && isFolder(path)) url += '/';
-        return {Text("file://" + url), path};
+    Text absolutePath = path;
+    std::string named(typed);
+    if (!typed.starts_with('/')) {
+        const std::optional<std::string> directory = Platform::currentDirectory();
+        named = withoutDotSegments(absolute(typed, directory.value_or("/")));
+        if (directory) absolutePath = typed.empty() ? *directory : absolute(typed, *directory);
     }
-    const std::optional<std::string> directory = Platform::currentDirectory();
-    std::string url = withoutDotSegments(absolute(typed, directory.value_or("/")));
-    if (!url.ends_with('/') && isFolder(path)) url += '/';
-    url = "file://" + percentEncoded(url);
-    if (!directory) return {Text(url), path};
-    return {Text(url), Text(typed.empty() ? *directory : absolute(typed, *directory))};
+    if (!named.ends_with('/') && isFolder(path)) named += '/';
+    Internal::Lines url;
+    url.append("file://");
+    appendPercentEncoded(url, named);
+    return {url, absolutePath};
 }
 
 }  // namespace Optrella

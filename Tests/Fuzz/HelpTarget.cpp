@@ -17,7 +17,7 @@ using namespace Tests;
 
 // TextTarget.cpp has the cutting off itself checked.
 std::string withoutLast(std::size_t count, std::string text) {
-    Internal::dropLastCharacters(text, count);
+    text.resize(text.size() - Internal::sizeOfLastCharacters(text, count));
     return text;
 }
 

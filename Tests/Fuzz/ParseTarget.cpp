@@ -102,7 +102,7 @@ std::optional<std::string> listFault(const Given& given) {
         if (isSameText(option.front(), given.value)) return std::nullopt;
         message += option.front() + ", ";
     }
-    Internal::dropLastCharacters(message, 2);
+    message.resize(message.size() - Internal::sizeOfLastCharacters(message, 2));
     return message;
 }
 

@@ -112,7 +112,7 @@ void checkCharacters(const std::string& bytes) {
     std::string left = bytes;
     for (auto last = expected.rbegin(); last != expected.rend(); ++last) {
         const std::size_t before = left.size();
-        Internal::dropLastCharacters(left, 1);
+        left.resize(left.size() - Internal::sizeOfLastCharacters(left, 1));
         law(left.size() + last->size() == before, "the last character is cut off whole");
         law(bytes.starts_with(left), "what is left is the beginning");
     }

@@ -1,7 +1,9 @@
-// What declarations cost when they do not fit: no heap call, no copy.
+// What declarations cost: no heap call and no copy when they do not fit, two calls for the one that
+// does.
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -69,6 +71,35 @@ TEST(AMisfit, CostsNoCopyOfAKind) {
         EXPECT_EQ(parse({&declaration, 1}, {"tool", "-c", "x"}), parsingError::NoMatchingLine);
     });
     EXPECT_EQ(copies, before);
+}
+
+const ParameterNone add{{"add"}, ""};
+const ParameterString name{{"-n", "--name"}, "name", "Its name"};
+const ParameterNumber count{{"-c"}, "count", 1, 9, "How many"};
+const ParameterList mode{{"-m"}, {"fast", "safe"}, "mode", "How"};
+const ParameterFileURL file{
+    {"-f"}, ParameterFileURL::urlType::file, ParameterFileURL::existState::exist, "file", "Which"};
+const ParameterNone verbose{{"-v"}, "Say more"};
+
+TEST(AFit, CostsTwoHeapCallsOfTheCallerWhateverIsGiven) {
+    const CommandLinePossibility declaration{false, {add}, {name, count, mode, file, verbose},
+                                             "",    false, nothing};
+    const char* const line[] = {"tool", "add",       "-n", "some longer text than fits anywhere",
+                                "-c",   "5",         "-m", "safe",
+                                "-f",   "/dev/null", "-v", "-v",
+                                "-n",   "b",         "-n", "c",
+                                "-n",   "d",         "-n", "e"};
+    const long before = heapCalls();
+    EXPECT_EQ(parse({&declaration, 1}, static_cast<int>(std::size(line)), line),
+              parsingError::NoError);
+    EXPECT_EQ(heapCalls() - before, 2);
+}
+
+TEST(ADeclaration, CopiesAParameterOnce) {
+    int copies = 0;
+    const Counted counted(&copies);
+    const CommandLinePossibility declaration{false, {counted}, {add, counted}, "", false, nothing};
+    EXPECT_EQ(copies, 2);
 }
 
 }  // namespace

@@ -65,7 +65,9 @@ std::optional<Filled> filled(const CommandLinePossibility& declaration,
                              const std::vector<Text>& arguments) {
     const auto fit = couldRun(declaration, arguments);
     if (!fit) return std::nullopt;
-    return Filled{shown(Declaration::required(*fit)), shown(Declaration::optional(*fit))};
+    const auto firstOptional = fit->given.begin() + static_cast<std::ptrdiff_t>(fit->requiredCount);
+    return Filled{shown(Parameters(fit->given.begin(), firstOptional)),
+                  shown(Parameters(firstOptional, fit->given.end()))};
 }
 
 const ParameterNone flagA{{"-a"}, ""};
@@ -222,16 +224,6 @@ TEST(CouldRun, ADanglingTagIsNamedEvenWhenRequiredOnesAreMissing) {
               "Missing argument for -x\n");
 }
 
-TEST(CouldRun, TheFilledInDeclarationIsNeverHiddenAndKeepsTheRest) {
-    const CommandLinePossibility hidden{true, {flagA}, {}, "The help", true, doNothing};
-    const std::vector<Text> arguments{"-a"};
-    const auto fit = couldRun(hidden, arguments);
-    ASSERT_TRUE(fit);
-    EXPECT_FALSE(Declaration::hidden(*fit));
-    EXPECT_TRUE(Declaration::requiresRoot(*fit));
-    EXPECT_EQ(Declaration::help(*fit), "The help");
-}
-
 TEST(CouldRun, TheDeclarationStaysAsItWas) {
     const CommandLinePossibility declaration = command({textX}, {textY});
     EXPECT_NE(filled(declaration, {"-x", "1", "-y", "2"}), std::nullopt);
@@ -296,11 +288,11 @@ ParameterList listWith(const Text& word) {
     return list;
 }
 
-TEST(ValidateParameters, PrintsALineForEachFailureRequiredOnesFirst) {
+TEST(ValidateParameters, PrintsALineForEachFailureInOrder) {
     const ParameterList other{{"-m"}, {"c"}, "m", ""};
     EXPECT_EQ(
         printed([&] {
-            EXPECT_FALSE(Internal::validateParameters(command({listWith("x"), flagA}, {other})));
+            EXPECT_FALSE(Internal::validateParameters({listWith("x"), flagA, other}));
         }),
         "Validation of parameter -l failed : Item x is not a valid option. It must be one of: a, "
         "b\n"
@@ -310,7 +302,7 @@ TEST(ValidateParameters, PrintsALineForEachFailureRequiredOnesFirst) {
 TEST(ValidateParameters, ValidatesARepeatedParameterEachTime) {
     EXPECT_EQ(
         printed([] {
-            EXPECT_FALSE(Internal::validateParameters(command({}, {listWith("x"), listWith("y")})));
+            EXPECT_FALSE(Internal::validateParameters({listWith("x"), listWith("y")}));
         }),
         "Validation of parameter -l failed : Item x is not a valid option. It must be one of: a, "
         "b\n"
@@ -320,8 +312,8 @@ TEST(ValidateParameters, ValidatesARepeatedParameterEachTime) {
 
 TEST(ValidateParameters, IsTrueAndSilentWhenAllAreValid) {
     EXPECT_EQ(printed([] {
-                  EXPECT_TRUE(Internal::validateParameters(command({listWith("a")}, {textX})));
-                  EXPECT_TRUE(Internal::validateParameters(command({})));
+                  EXPECT_TRUE(Internal::validateParameters({listWith("a"), textX}));
+                  EXPECT_TRUE(Internal::validateParameters({}));
               }),
               "");
 }

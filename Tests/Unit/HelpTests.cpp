@@ -17,7 +17,7 @@ namespace {
 
 using namespace Optrella;
 using Internal::displayHelpParameters;
-using Internal::formTagHelp;
+using Internal::Listing;
 using Tests::printed;
 
 void doNothing(const Parameters&) {}
@@ -28,6 +28,12 @@ CommandLinePossibility shownCommand(Parameters required, Parameters optional, Te
 
 std::string help(const CommandLinePossibility& possibility) {
     return printed([&] { displayHelp({possibility}); });
+}
+
+std::string formTagHelp(const ParameterProtocol& option, bool optional) {
+    Internal::Lines lines;
+    Internal::formTagHelp(lines, option, optional);
+    return std::string(std::string_view(lines));
 }
 
 const ParameterNone flag{{"-f", "--file"}, "Description"};
@@ -48,8 +54,11 @@ TEST(FormTagHelp, ShowsEveryTagAsItIs) {
     EXPECT_EQ(formTagHelp(ParameterNone{{"a|b", "", "c\n", "\xFF"}, ""}, false), "a|b||c\n|\xFF");
 }
 
-TEST(FormTagHelp, PrintsNothing) {
-    EXPECT_EQ(printed([] { EXPECT_NE(formTagHelp(value, true), ""); }), "");
+TEST(FormTagHelp, IsAppended) {
+    Internal::Lines lines;
+    Internal::formTagHelp(lines, flag, false);
+    Internal::formTagHelp(lines, flag, true);
+    EXPECT_EQ(std::string_view(lines), "-f|--file[ -f|--file ]");
 }
 
 TEST(FormTagHelp, TakesTheLastUserPerceivedCharacterAway) {
@@ -63,24 +72,26 @@ TEST(FormTagHelp, AnOptionalParameterWithoutTagsLosesTheBlank) {
     EXPECT_EQ(formTagHelp(bareValue, true), "[ <path>  ]");
 }
 
-TEST(FormTagHelp, ARequiredParameterWithoutTagsStopsSilently) {
-    EXPECT_SILENT_STOP(formTagHelp(bareFlag, false));
-    EXPECT_SILENT_STOP(formTagHelp(bareValue, false));
-}
-
 // ---- Parameter lists ----
 
-TEST(DisplayHelpParameters, PrintsSynopsesAndReturnsDescriptions) {
-    std::string description;
-    EXPECT_EQ(printed([&] {
-                  description = displayHelpParameters({value, flag}, true);
-              }),
-              "[ -f|--file <path>  ] [ -f|--file ] ");
-    EXPECT_EQ(description, "    path  -  Description\n    Description\n");
+TEST(DisplayHelpParameters, ListsSynopsesAndDescriptions) {
+    Listing listing;
+    displayHelpParameters(listing, {value, flag}, true);
+    EXPECT_EQ(std::string_view(listing.lines), "[ -f|--file <path>  ] [ -f|--file ] ");
+    EXPECT_EQ(std::string_view(listing.descriptions),
+              "    path  -  Description\n    Description\n");
 }
 
-TEST(DisplayHelpParameters, OfAnEmptyListPrintsAndReturnsNothing) {
-    EXPECT_EQ(printed([] { EXPECT_EQ(displayHelpParameters({}, false), ""); }), "");
+TEST(DisplayHelpParameters, OfAnEmptyListListsNothing) {
+    Listing listing;
+    displayHelpParameters(listing, {}, false);
+    EXPECT_EQ(std::string_view(listing.lines), "");
+    EXPECT_EQ(std::string_view(listing.descriptions), "");
+}
+
+TEST(DisplayHelpParameters, PrintsNothing) {
+    Listing listing;
+    EXPECT_EQ(printed([&] { displayHelpParameters(listing, {value, flag}, true); }), "");
 }
 
 // ---- The listing ----
@@ -176,14 +187,16 @@ TEST(DisplayHelp, RequiredSynopsesComeBeforeOptionalOnesInTheOrderOfDeclaration)
               "\n-d -b [ -c ] [ -a ] \n  Do it. \n    D\n    B\n    C\n    A\n\n");
 }
 
-TEST(DisplayHelp, StopsSilentlyAtARequiredParameterWithoutTags) {
-    const CommandLinePossibility broken{false, {bareFlag}, {}, "", false, doNothing};
-    EXPECT_EXIT(
-        {
-            Tests::joinStreams();
-            displayHelp({broken});
-        },
-        Tests::isTrap, testing::Eq("\n"));
+TEST(DisplayHelp, StopsAtARequiredParameterWithoutTagsBehindWhatStandsBeforeIt) {
+    for (const ParameterProtocol& bare : {ParameterProtocol(bareFlag), {bareValue}}) {
+        const CommandLinePossibility broken{false, {flag, bare}, {flag}, "", false, doNothing};
+        EXPECT_EXIT(
+            {
+                Tests::joinStreams();
+                displayHelp({broken});
+            },
+            Tests::isTrap, testing::Eq("\n-f|--file "));
+    }
 }
 
 TEST(DisplayHelp, StopsAtAChoiceWithoutTags) {
@@ -222,25 +235,25 @@ TEST(DisplayHelp, StaysInOrderWithTheToolsOwnPrintf) {
               "before\n\nafter\n");
 }
 
-// What is written to standard output, buffered or not, when a text has been printed.
+// What is written to standard output, buffered or not, when a line has been printed.
 std::string writtenByPrint(int buffering) {
     // Each read of such a socket takes what one write has brought.
     int ends[2];
     ::socketpair(AF_UNIX, SOCK_DGRAM, 0, ends);
     ::dup2(ends[1], STDOUT_FILENO);
     std::setvbuf(stdout, nullptr, buffering, BUFSIZ);
-    Internal::print("text", ';');
+    Internal::printLine({"te", "xt"});
     char written[16];
     const ssize_t size = ::recv(ends[0], written, sizeof written, MSG_DONTWAIT);
     return {written, size > 0 ? static_cast<std::size_t>(size) : 0};
 }
 
-TEST(Print, WritesATextAndItsTerminatorAtOnce) {
-    EXPECT_EXIT(std::_Exit(writtenByPrint(_IONBF) == "text;" ? 0 : 1), testing::ExitedWithCode(0),
+TEST(PrintLine, WritesATextAndItsLineEndAtOnce) {
+    EXPECT_EXIT(std::_Exit(writtenByPrint(_IONBF) == "text\n" ? 0 : 1), testing::ExitedWithCode(0),
                 testing::Eq(""));
 }
 
-TEST(Print, LeavesItToTheStreamWhenToWrite) {
+TEST(PrintLine, LeavesItToTheStreamWhenToWrite) {
     EXPECT_EXIT(std::_Exit(writtenByPrint(_IOFBF).empty() ? 0 : 1), testing::ExitedWithCode(0),
                 testing::Eq(""));
 }

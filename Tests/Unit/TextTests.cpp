@@ -17,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "Optrella/Internal/Text.hpp"
 #include "Support/Death.hpp"
 
 namespace {
@@ -441,4 +442,67 @@ TEST(TextStream, PadsAsForEveryOtherString) {
     std::ostringstream stream;
     stream << std::setw(4) << std::left << Text("ab") << '|';
     EXPECT_EQ(stream.str(), "ab  |");
+}
+
+// ---- Texts that share a block ----
+
+TEST(TextBlock, CopiesEachStringByteForByte) {
+    const char* const strings[] = {"tool", "", "caf\u00E9", "a\xFF",
+                                   "a text that is a good deal longer"};
+    std::string gone = "gone";
+    const char* const oneGone[] = {gone.c_str()};
+    const Internal::TextBlock block(strings);
+    const Internal::TextBlock copied(oneGone);
+    gone = "over";
+    ASSERT_EQ(block.texts().size(), std::size(strings));
+    for (std::size_t i = 0; i < std::size(strings); ++i) {
+        EXPECT_STREQ(block.texts()[i].c_str(), strings[i]);
+        EXPECT_EQ(block.texts()[i], Text(std::string(strings[i])));
+        EXPECT_EQ(block.texts()[i].isASCII(), Text(std::string(strings[i])).isASCII());
+    }
+    EXPECT_STREQ(copied.texts()[0].c_str(), "gone");
+}
+
+TEST(TextBlock, MayBeEmpty) { EXPECT_TRUE(Internal::TextBlock({}).texts().empty()); }
+
+TEST(TextBlock, IsOutlivedByCopiesOfItsTexts) {
+    const char* const strings[] = {"first", "second"};
+    Text kept;
+    {
+        const Internal::TextBlock block(strings);
+        kept = block.texts()[1];
+    }
+    EXPECT_STREQ(kept.c_str(), "second");
+    const Text copy = kept;
+    kept = Text();
+    EXPECT_EQ(copy, "second");
+}
+
+TEST(TextBlockDeathTest, StopsForANullPointer) {
+    EXPECT_SILENT_STOP(Internal::TextBlock(std::vector<const char*>{"tool", nullptr}));
+}
+
+// ---- Fingerprints ----
+
+TEST(TextFingerprint, IsTheSameHoweverATextWasMade) {
+    static constexpr Text literal = "--name";
+    const char* const strings[] = {"--name"};
+    EXPECT_EQ(Text(std::string("--name")).fingerprint(), literal.fingerprint());
+    EXPECT_EQ(Internal::TextBlock(strings).texts()[0].fingerprint(), literal.fingerprint());
+    EXPECT_EQ(Text(std::string()).fingerprint(), Text().fingerprint());
+    EXPECT_EQ(Text("").fingerprint(), Text().fingerprint());
+    Text moved = Text(std::string("--name"));
+    static_cast<void>(Text(std::move(moved)));
+    EXPECT_EQ(moved, "");
+    EXPECT_EQ(moved.fingerprint(), Text().fingerprint());
+}
+
+TEST(TextFingerprint, TellsMostTextsApartThatDifferInOneByte) {
+    std::unordered_set<unsigned> fingerprints;
+    for (int i = 0; i < 1000; ++i) {
+        char text[16];
+        std::snprintf(text, sizeof text, "item%04d", i);
+        fingerprints.insert(Text(text).fingerprint());
+    }
+    EXPECT_GT(fingerprints.size(), 800U);
 }

@@ -209,7 +209,7 @@ std::vector<Counted> cutDown(std::string text) {
     std::vector<Counted> left;
     while (!text.empty()) {
         left.emplace_back(text, Internal::countCharacters(text));
-        Internal::dropLastCharacters(text, 1);
+        text.resize(text.size() - Internal::sizeOfLastCharacters(text, 1));
     }
     return left;
 }

@@ -24,7 +24,7 @@ std::string escaped(std::string_view bytes) {
 }
 
 std::string withoutLast(std::size_t count, std::string bytes) {
-    dropLastCharacters(bytes, count);
+    bytes.resize(bytes.size() - sizeOfLastCharacters(bytes, count));
     return bytes;
 }
 

@@ -3,6 +3,8 @@
 #ifndef OPTRELLA_INTERNAL_COMMANDLINE_HPP
 #define OPTRELLA_INTERNAL_COMMANDLINE_HPP
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -17,21 +19,29 @@ struct Declaration {
     static const Parameters& optional(const CommandLinePossibility& from) { return from.optional_; }
     static const Text& help(const CommandLinePossibility& from) { return from.help_; }
     static const Action& run(const CommandLinePossibility& from) { return from.run_; }
+    static std::uint64_t absentMarks(const CommandLinePossibility& from) {
+        return from.absentMarks_;
+    }
     static bool requiresRoot(const CommandLinePossibility& from) { return from.requiresRoot_; }
     static bool hidden(const CommandLinePossibility& from) { return from.hidden_; }
 };
 
-// The two steps of parse, for one declaration: whether it fits, and the filled-in copy.
-//
-// Whether the arguments (without the program name) fit the declaration: a copy of it that lists the
-// given parameters with their values, in the order of the arguments; or nothing. Prints a line when
-// the value of the last tag is missing.
-[[nodiscard]] std::optional<CommandLinePossibility> couldRun(
-    const CommandLinePossibility& commandLine, std::span<const Text> passedLine);
+// A declaration that the arguments fit, and copies of the given parameters with their values: the
+// required ones first, each group in the order of the arguments.
+struct Fit {
+    const CommandLinePossibility* declaration;
+    Parameters given;
+    std::size_t requiredCount;
+};
+
+// Whether the arguments (without the program name) fit the declaration. Prints a line when the
+// value of the last tag is missing.
+[[nodiscard]] std::optional<Fit> couldRun(const CommandLinePossibility& commandLine,
+                                          std::span<const Text> passedLine);
 
 // Asks every given parameter whether its value is acceptable, prints a line for each that is not,
 // and returns whether all are.
-[[nodiscard]] bool validateParameters(const CommandLinePossibility& commandLine);
+[[nodiscard]] bool validateParameters(const Parameters& given);
 
 // Whether the command may run with the rights that the user has; prints a line when it may not.
 // Ends the process with status 0 after the tool has been run again as root.

@@ -3,18 +3,23 @@
 #ifndef OPTRELLA_INTERNAL_HELP_HPP
 #define OPTRELLA_INTERNAL_HELP_HPP
 
-#include <string>
-
+#include "Optrella/Internal/Lines.hpp"
 #include "Optrella/Parameters.hpp"
 
 namespace Optrella::Internal {
 
-// Prints the synopsis of each parameter with a blank behind it, and returns the description lines
-// of all of them.
-[[nodiscard]] std::string displayHelpParameters(const Parameters& list, bool optional);
+// One command of the listing. It is printed when all of it is known, or before the process stops.
+struct Listing {
+    Lines lines;
+    Lines descriptions;  // stand behind the synopses
+};
 
-// The synopsis of one parameter. STOPS the process when a required one has no tags.
-[[nodiscard]] std::string formTagHelp(const ParameterProtocol& option, bool optional);
+// Lists the synopsis of each parameter with a blank behind it, and its description.
+// STOPS the process when a required one has no tags, and when a choice has none.
+void displayHelpParameters(Listing& listing, const Parameters& list, bool optional);
+
+// Appends the synopsis of one parameter. REQUIRES: a tag, when it is required.
+void formTagHelp(Lines& lines, const ParameterProtocol& option, bool optional);
 
 }  // namespace Optrella::Internal
 

@@ -2,11 +2,19 @@
 
 #include <cstdio>
 
+#include "Optrella/Internal/Lines.hpp"
+
 namespace Optrella::Internal {
 
-void print(std::string text, char terminator) {
-    text += terminator;
+void print(std::string_view text) {
     static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
+}
+
+void printLine(std::initializer_list<std::string_view> pieces) {
+    Lines line;
+    for (const std::string_view piece : pieces) line.append(piece);
+    line.append("\n");
+    print(line);
 }
 
 void flushPrinted() noexcept { static_cast<void>(std::fflush(stdout)); }

@@ -6,12 +6,16 @@
 #ifndef OPTRELLA_INTERNAL_PRINT_HPP
 #define OPTRELLA_INTERNAL_PRINT_HPP
 
-#include <string>
+#include <initializer_list>
+#include <string_view>
 
 namespace Optrella::Internal {
 
-// Prints the text and the terminator behind it.
-void print(std::string text, char terminator = '\n');
+// Prints the text as it is.
+void print(std::string_view text);
+
+// Prints the pieces and a line end.
+void printLine(std::initializer_list<std::string_view> pieces);
 
 // Hands on what has been printed so far, whatever standard output is.
 void flushPrinted() noexcept;

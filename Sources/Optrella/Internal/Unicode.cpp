@@ -6,7 +6,9 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <numeric>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace Optrella::Internal {
@@ -106,21 +108,28 @@ struct Decomposition {
     utf8proc_ssize_t size;
 };
 
-auto combiningClass(utf8proc_int32_t codePoint) noexcept {
-    return utf8proc_get_property(codePoint)->combining_class;
+std::size_t combiningClass(utf8proc_int32_t codePoint) noexcept {
+    return static_cast<std::size_t>(utf8proc_get_property(codePoint)->combining_class);
 }
 
-// Puts each run of combining marks into canonical order. (The Unicode library does this by
-// exchanging neighbours, which takes minutes for an argument of a megabyte of marks.)
+// Sorts marks by their combining classes and leaves the order within a class: each is counted into
+// its place. (The Unicode library exchanges neighbours, which takes minutes for an argument of a
+// megabyte of marks.)
+void reorder(std::span<utf8proc_int32_t> marks) {
+    std::size_t places[257] = {};  // of each class; first the number of the marks in the one below
+    for (const utf8proc_int32_t mark : marks) ++places[combiningClass(mark) + 1];
+    std::partial_sum(std::begin(places), std::end(places), std::begin(places));
+    const Canonical unordered(marks.begin(), marks.end());
+    for (const utf8proc_int32_t mark : unordered) marks[places[combiningClass(mark)]++] = mark;
+}
+
+// Puts each run of combining marks into canonical order.
 void reorderMarks(Canonical& text) {
     const auto isMark = [](utf8proc_int32_t c) { return combiningClass(c) != 0; };
-    const auto isLower = [](utf8proc_int32_t a, utf8proc_int32_t b) {
-        return combiningClass(a) < combiningClass(b);
-    };
     auto first = std::find_if(text.begin(), text.end(), isMark);
     while (first != text.end()) {
         const auto last = std::find_if_not(first, text.end(), isMark);
-        std::stable_sort(first, last, isLower);
+        if (last - first > 1) reorder({first, last});
         first = std::find_if(last, text.end(), isMark);
     }
 }
@@ -180,22 +189,16 @@ std::size_t lastCharacterSize(std::string_view bytes) noexcept {
     return size;
 }
 
-void appendHexadecimal(std::string& to, std::uint32_t value) {
-    constexpr char digits[] = "0123456789ABCDEF";
-    char reversed[8];
-    std::size_t count = 0;
-    do {
-        reversed[count++] = digits[value % 16];
-        value /= 16;
-    } while (value != 0 || count < 2);
-    while (count > 0) to += reversed[--count];
-}
-
+// In upper-case hexadecimal with at least two digits, in braces behind the escape.
 void appendBraced(std::string& to, const char* escape, std::uint32_t value) {
-    to += escape;
-    to += '{';
-    appendHexadecimal(to, value);
-    to += '}';
+    constexpr char digits[] = "0123456789ABCDEF";
+    char written[9] = {};
+    char* first = std::end(written) - 1;
+    do {
+        *--first = digits[value % 16];
+        value /= 16;
+    } while (value != 0 || std::end(written) - first < 3);
+    to.append(escape).append("{").append(first).append("}");
 }
 
 bool isBidirectionalControl(utf8proc_int32_t c) noexcept {
@@ -263,16 +266,23 @@ bool isUTF8(std::string_view bytes) noexcept {
 }
 
 bool isCanonicallyEqual(std::string_view left, std::string_view right) {
-    const auto [l, r] = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
-    if (l == left.end() && r == right.end()) return true;
+    return CanonicalComparer().areEqual(left, right);
+}
+
+bool CanonicalComparer::areEqual(std::string_view text, std::string_view other) {
+    if (text == other) return true;
+    const auto [l, r] = std::mismatch(text.begin(), text.end(), other.begin(), other.end());
     // A longer text never equals its beginning, and an ASCII character is never part of the marks
     // before it: where both differ in one, they differ. Only beyond that does normalisation decide:
     // a few other characters are equivalent to an ASCII one (U+212A to K, U+037E to ;).
-    if (l == left.end() || r == right.end()) return false;
+    if (l == text.end() || r == other.end()) return false;
     if (isASCII(*l) && isASCII(*r)) return false;
-    if (differAt(static_cast<std::size_t>(l - left.begin()), left, right)) return false;
-    const std::optional<Canonical> leftForm = canonicalForm(left);
-    return leftForm && leftForm == canonicalForm(right);
+    if (differAt(static_cast<std::size_t>(l - text.begin()), text, other)) return false;
+    if (text.data() != normalised_.data() || text.size() != normalised_.size()) {
+        form_ = canonicalForm(text);
+        normalised_ = text;
+    }
+    return form_ && form_ == canonicalForm(other);
 }
 
 std::size_t canonicalHash(std::string_view bytes) {
@@ -301,10 +311,10 @@ std::size_t countCharacters(std::string_view bytes) noexcept {
     return count;
 }
 
-void dropLastCharacters(std::string& bytes, std::size_t count) noexcept {
-    for (; count > 0 && !bytes.empty(); --count) {
-        bytes.resize(bytes.size() - lastCharacterSize(bytes));
-    }
+std::size_t sizeOfLastCharacters(std::string_view bytes, std::size_t count) noexcept {
+    std::string_view rest = bytes;
+    for (; count > 0 && !rest.empty(); --count) rest.remove_suffix(lastCharacterSize(rest));
+    return bytes.size() - rest.size();
 }
 
 void appendEscaped(std::string& to, std::string_view bytes) {

@@ -8,8 +8,11 @@
 #define OPTRELLA_INTERNAL_UNICODE_HPP
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Optrella::Internal {
 
@@ -28,13 +31,24 @@ struct Sequence {
 // Canonical equivalence. Bytes that are not UTF-8 anywhere in one of them: the same bytes.
 [[nodiscard]] bool isCanonicallyEqual(std::string_view left, std::string_view right);
 
+// Compares one text with many others: it is normalised once, where one of them leaves it open.
+class CanonicalComparer {
+public:
+    // REQUIRES: the bytes of the last call's `text` are still there.
+    [[nodiscard]] bool areEqual(std::string_view text, std::string_view other);
+
+private:
+    std::string_view normalised_;
+    std::optional<std::vector<std::int32_t>> form_;  // nothing for bytes that are not UTF-8
+};
+
 // Equal for canonically equal bytes.
 [[nodiscard]] std::size_t canonicalHash(std::string_view bytes);
 
 [[nodiscard]] std::size_t countCharacters(std::string_view bytes) noexcept;
 
-// Takes `count` characters from the end, or all there are.
-void dropLastCharacters(std::string& bytes, std::size_t count) noexcept;
+// Of the last `count` characters, or of all there are; in bytes.
+[[nodiscard]] std::size_t sizeOfLastCharacters(std::string_view bytes, std::size_t count) noexcept;
 
 // Appends the bytes with escapes for what a terminal must not get and for what ends or starts a
 // quotation: \t \n \r \0 \" \' \\, \u{1B} for other control characters, line and paragraph
