@@ -123,12 +123,13 @@ def instructions(tool, regions, arguments=()):
 
 
 def calls(tool, function, regions, arguments):
-    """How often the function is called within the regions."""
+    """How often the function, named to its bracket, is called within the regions."""
+    must_have(tool, [function])
     names, called, count = {}, "", 0
     for line in callgrind(tool, tuple(regions), tuple(arguments)).splitlines():
         if name := re.match(r"c?fn=\((\d+)\)(?: (.*))?", line):
             called = names.setdefault(name[1], name[2])
-        elif line.startswith("calls=") and called == function:
+        elif line.startswith("calls=") and called.startswith(function):
             count += int(line.removeprefix("calls=").split()[0])
     return count
 

@@ -45,29 +45,42 @@ std::optional<parsingError> fromRawValue<parsingError>(const Text& text) noexcep
 // ---- Marks ----
 
 // Most declarations have nothing to do with an argument. So that they need not be searched, each
-// knows of 64 marks which ones no tag of its has. A tag has two of them; an argument that has one
+// knows which marks no tag of its has. A tag has two marks in each half; an argument that has one
 // that is absent is no tag. That holds where both are ASCII. What equals another text does not show
 // in its bytes: such a tag has all marks, and such an argument none.
 
 namespace {
 
-std::uint64_t marksOf(const Text& ascii) noexcept {
-    const unsigned fingerprint = ascii.fingerprint();
-    return std::uint64_t{1} << (fingerprint % 64) | std::uint64_t{1} << (fingerprint / 64 % 64);
+using Internal::Marks;
+
+Marks marksOf(const Text& ascii) noexcept {
+    const auto mark = [fingerprint = ascii.fingerprint()](unsigned place) {
+        return std::uint64_t{1} << (fingerprint >> place) % 64;
+    };
+    return {mark(0) | mark(6), mark(12) | mark(18)};
 }
 
-std::uint64_t marksOfArgument(const Text& argument) noexcept {
-    return argument.isASCII() ? marksOf(argument) : 0;
+Marks marksOfArgument(const Text& argument) noexcept {
+    return argument.isASCII() ? marksOf(argument) : Marks{};
 }
 
-std::uint64_t marksOfTags(const Parameters& parameters) noexcept {
-    std::uint64_t marks = 0;
-    for (const ParameterProtocol& parameter : parameters) {
-        for (const Text& tag : parameter.common().tags) {
-            marks |= tag.isASCII() ? marksOf(tag) : ~std::uint64_t{0};
+Marks absentMarks(const Parameters& required, const Parameters& optional) noexcept {
+    constexpr std::uint64_t all = ~std::uint64_t{0};
+    Marks absent{all, all};
+    for (const Parameters* parameters : {&required, &optional}) {
+        for (const ParameterProtocol& parameter : *parameters) {
+            for (const Text& tag : parameter.common().tags) {
+                const Marks marks = tag.isASCII() ? marksOf(tag) : Marks{all, all};
+                absent.low &= ~marks.low;
+                absent.high &= ~marks.high;
+            }
         }
     }
-    return marks;
+    return absent;
+}
+
+bool haveNoneInCommon(const Marks& left, const Marks& right) noexcept {
+    return (left.low & right.low) == 0 && (left.high & right.high) == 0;
 }
 
 }  // namespace
@@ -84,7 +97,7 @@ CommandLinePossibility::CommandLinePossibility(bool requiresRoot,
       optional_(std::move(optional).take()),
       help_(std::move(help)),
       run_(std::move(run)),
-      absentMarks_(~(marksOfTags(required_) | marksOfTags(optional_))),
+      absentMarks_(absentMarks(required_, optional_)),
       requiresRoot_(requiresRoot),
       hidden_(hidden) {}
 
@@ -142,10 +155,12 @@ public:
         const std::span<const Given> few(few_, std::min(size_, fewest));
         for (const std::span<const Given> part : {few, std::span<const Given>(more_)}) {
             for (const Given& given : part) {
-                const bool isStored = given.value != nullptr && !given.declared->storesByDefault();
-                ParameterProtocol& place =
-                    filled.emplace_back(isStored ? std::move(*stored++) : *given.declared);
-                if (given.value != nullptr && !isStored) place.storeUserValue(*given.value);
+                if (given.value != nullptr && !given.declared->storesByDefault()) {
+                    filled.emplace_back(std::move(*stored++));
+                    continue;
+                }
+                ParameterProtocol& copy = filled.emplace_back(*given.declared);
+                if (given.value != nullptr) copy.storeUserValue(*given.value);
             }
         }
     }
@@ -295,9 +310,9 @@ parsingError run(Internal::Fit fit) {
 }
 
 parsingError runTheOnlyFit(CommandList commandList, Arguments arguments) {
-    const std::uint64_t firstMarks = marksOfArgument(arguments.front());
+    const Marks firstMarks = marksOfArgument(arguments.front());
     const auto mayFit = [firstMarks](const CommandLinePossibility& declaration) {
-        return (firstMarks & Declaration::absentMarks(declaration)) == 0;
+        return haveNoneInCommon(firstMarks, Declaration::absentMarks(declaration));
     };
     Internal::CanonicalComparer comparer;
     Match first;

@@ -25,6 +25,12 @@ namespace Internal {
 
 struct Declaration;  // reads the fields of a CommandLinePossibility
 
+// A set.
+struct Marks {
+    std::uint64_t low = 0;
+    std::uint64_t high = 0;
+};
+
 class Action;
 
 // What an action can be made of: anything that can be called with the given parameters.
@@ -118,7 +124,7 @@ private:
     Parameters optional_;
     Text help_;
     Internal::Action run_;
-    std::uint64_t absentMarks_;  // rule most arguments out at a glance
+    Internal::Marks absentMarks_;  // rule most arguments out at a glance
     bool requiresRoot_;
     bool hidden_;
 };

@@ -45,14 +45,10 @@ public:
     Tags(std::span<const Text> tags);
     Tags(const std::vector<Text>& tags) : Tags(std::span(tags)) {}
 
-    constexpr Tags(const Tags& other) : few_{} {
-        if (other.isMany()) {
-            copyMany(other);
-        } else {
-            few_[0] = other.few_[0];
-            few_[1] = other.few_[1];
-            size_ = other.size_;
-        }
+    constexpr Tags(const Tags& other)
+        : few_{other.isMany() ? Text() : other.few_[0], other.isMany() ? Text() : other.few_[1]},
+          size_(other.isMany() ? 0 : other.size_) {
+        if (other.isMany()) copyMany(other);
     }
     constexpr Tags(Tags&& other) noexcept : few_{} { takeFrom(other); }
     constexpr Tags& operator=(Tags other) noexcept {

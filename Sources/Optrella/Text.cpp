@@ -3,7 +3,6 @@
 #include <atomic>
 #include <bit>
 #include <cstring>
-#include <memory>
 #include <new>
 #include <string>
 
@@ -81,7 +80,7 @@ bool Text::equal(std::string_view left, std::string_view right) noexcept {
 Internal::TextBlock::TextBlock(std::span<const char* const> strings) : count_(strings.size()) {
     std::size_t size = sizeof(Block) + count_ * sizeof(Text);
     for (const char* string : strings) size += Text::roomFor(Text::viewOf(string).size());
-    Block* block = ::new (::operator new(size)) Block{1 + count_};
+    Block* block = ::new (::operator new(size)) Block{1};
     block_ = block;
     texts_ = reinterpret_cast<Text*>(block + 1);
     char* place = reinterpret_cast<char*>(texts_ + count_);
@@ -92,10 +91,8 @@ Internal::TextBlock::TextBlock(std::span<const char* const> strings) : count_(st
     }
 }
 
-Internal::TextBlock::~TextBlock() {
-    std::destroy_n(texts_, count_);
-    releaseBlock(static_cast<Block*>(block_));
-}
+// The texts need not be destroyed: they are no owners, only their copies are.
+Internal::TextBlock::~TextBlock() { releaseBlock(static_cast<Block*>(block_)); }
 
 }  // namespace Optrella
 

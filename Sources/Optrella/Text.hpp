@@ -157,7 +157,7 @@ private:
     static constexpr std::uint64_t sharedFlag = 1;
     static constexpr std::uint64_t asciiFlag = 2;
     static constexpr unsigned fingerprintPlace = 2;
-    static constexpr unsigned fingerprintSize = 14;
+    static constexpr unsigned fingerprintSize = 24;
     static constexpr unsigned sizePlace = fingerprintPlace + fingerprintSize;
 
     // The bytes are described eight at a time, as a number with the first one lowest and zeros

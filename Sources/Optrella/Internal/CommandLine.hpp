@@ -19,7 +19,7 @@ struct Declaration {
     static const Parameters& optional(const CommandLinePossibility& from) { return from.optional_; }
     static const Text& help(const CommandLinePossibility& from) { return from.help_; }
     static const Action& run(const CommandLinePossibility& from) { return from.run_; }
-    static std::uint64_t absentMarks(const CommandLinePossibility& from) {
+    static const Marks& absentMarks(const CommandLinePossibility& from) {
         return from.absentMarks_;
     }
     static bool requiresRoot(const CommandLinePossibility& from) { return from.requiresRoot_; }

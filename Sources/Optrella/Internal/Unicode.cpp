@@ -269,8 +269,7 @@ bool isCanonicallyEqual(std::string_view left, std::string_view right) {
     return CanonicalComparer().areEqual(left, right);
 }
 
-bool CanonicalComparer::areEqual(std::string_view text, std::string_view other) {
-    if (text == other) return true;
+bool CanonicalComparer::areEquivalent(std::string_view text, std::string_view other) {
     const auto [l, r] = std::mismatch(text.begin(), text.end(), other.begin(), other.end());
     // A longer text never equals its beginning, and an ASCII character is never part of the marks
     // before it: where both differ in one, they differ. Only beyond that does normalisation decide:

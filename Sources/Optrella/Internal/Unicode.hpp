@@ -35,9 +35,13 @@ struct Sequence {
 class CanonicalComparer {
 public:
     // REQUIRES: the bytes of the last call's `text` are still there.
-    [[nodiscard]] bool areEqual(std::string_view text, std::string_view other);
+    [[nodiscard]] bool areEqual(std::string_view text, std::string_view other) {
+        return text == other || areEquivalent(text, other);
+    }
 
 private:
+    bool areEquivalent(std::string_view text, std::string_view other);
+
     std::string_view normalised_;
     std::optional<std::vector<std::int32_t>> form_;  // nothing for bytes that are not UTF-8
 };
