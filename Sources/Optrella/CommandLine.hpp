@@ -35,14 +35,18 @@ class Action;
 
 // What an action can be made of: anything that can be called with the given parameters.
 template <class Callable>
-concept Runnable =
-    std::is_invocable_v<Callable&, const Parameters&> && !std::is_same_v<Callable, Action>;
+concept Runnable = std::is_invocable_v<Callable&, const Parameters&>;
+template <class Callable>
+concept NoAction = !std::is_same_v<Callable, Action>;
 
 // A callable that copies share, its state included. One without state costs no heap.
 class Action {
 public:
-    template <class Callable, Runnable Stored = std::decay_t<Callable>>
+    // Made of anything, so that what is no action is said by name: g++ says nothing of a constraint
+    // that is not met within the braces of an array.
+    template <class Callable, NoAction Stored = std::decay_t<Callable>>
     Action(Callable&& callable) noexcept {
+        static_assert(Runnable<Stored>, "an action must be callable with a `const Parameters&`");
         if constexpr (std::is_empty_v<Stored> && std::is_default_constructible_v<Stored>) {
             call_ = [](Shared*, const Parameters& given) { static_cast<void>(Stored{}(given)); };
         } else {
@@ -95,6 +99,12 @@ private:
     Parameters parameters_;
 };
 
+// Takes the place of any argument of a declaration that lacks one.
+struct AnyArgument {
+    template <class... Given>
+    AnyArgument(Given&&... given);
+};
+
 }  // namespace Internal
 
 // The result of parse. Its cases carry fixed texts: see rawValue.
@@ -116,6 +126,15 @@ public:
     CommandLinePossibility(bool requiresRoot, Internal::DeclaredParameters required,
                            Internal::DeclaredParameters optional, Text help, bool hidden,
                            Internal::Action run) noexcept;
+
+    // For its message alone: of five arguments g++ says no more than that they do not fit.
+    template <class Any = Internal::AnyArgument>
+    CommandLinePossibility(Any, Internal::AnyArgument, Internal::AnyArgument, Internal::AnyArgument,
+                           Internal::AnyArgument)
+        : CommandLinePossibility(false, {}, {}, "", false, [](const Parameters&) {}) {
+        static_assert(!std::is_same_v<Any, Any>,
+                      "a declaration needs requiresRoot, required, optional, help, hidden, run");
+    }
 
 private:
     friend struct Internal::Declaration;
