@@ -1,0 +1,23 @@
+// Shelf.hpp - the command lines of a tool that keeps a shelf of books, apart from its main
+// function.
+//
+// What the actions work on and what they print to is handed in, so that a test can put its own in
+// their place.
+
+#ifndef SHELF_HPP
+#define SHELF_HPP
+
+#include <Optrella/Optrella.hpp>
+#include <string>
+#include <vector>
+
+struct Shelf {
+    std::vector<std::string> books;
+    std::string printed;
+    int status = 0;
+};
+
+// The declarations of a tool whose actions work on `shelf`, which must outlive them.
+std::vector<Optrella::CommandLinePossibility> commandLinesOf(Shelf& shelf);
+
+#endif

@@ -1,0 +1,74 @@
+// The tests of shelf: every command line is parsed for real and run on a shelf of the test's own.
+// No terminal, no process, no file is needed; any framework of tests would do.
+
+#include "Shelf.hpp"
+
+#include <cstdio>
+
+using Optrella::parsingError;
+using Optrella::Text;
+
+namespace {
+
+int failures = 0;
+
+void expect(bool isTrue, const char* behaviour) {
+    std::printf("%s: %s\n", isTrue ? "ok" : "FAILED", behaviour);
+    if (!isTrue) ++failures;
+}
+
+// What becomes of a shelf when a user types a command line behind the tool's name.
+struct Outcome {
+    parsingError result;
+    Shelf shelf;
+};
+
+Outcome typed(std::vector<std::string> arguments, std::vector<std::string> books = {}) {
+    Outcome outcome{parsingError::NoError, {std::move(books), "", 0}};
+    arguments.insert(arguments.begin(), "shelf");
+    outcome.result = parse(commandLinesOf(outcome.shelf), arguments);
+    return outcome;
+}
+
+void declarations() {
+    // Every command line that the documentation shows fits exactly one declaration: one that fits
+    // two is refused without a word.
+    const std::vector<std::string> shown[] = {{"add", "Emma"}, {"remove", "Emma"},
+                                              {"list"},        {"remove", "Emma", "--last"},
+                                              {"list", "-s"},  {"list", "--sorted"}};
+    bool areAccepted = true;
+    for (const auto& arguments : shown) {
+        areAccepted = areAccepted && typed(arguments).result == parsingError::NoError;
+    }
+    expect(areAccepted, "every command line of the documentation is accepted");
+    expect(typed({"add"}).result == parsingError::NoMatchingLine, "a book needs its title");
+    expect(typed({"add", "Emma", "add", "Emma"}).result == parsingError::NoMatchingLine,
+           "one book at a time");
+    expect(typed({"list", "--last"}).result == parsingError::NoMatchingLine,
+           "an option belongs to its command");
+    expect(typed({}).result == parsingError::NoCommandLine, "nothing is a command line of its own");
+}
+
+void actions() {
+    using Books = std::vector<std::string>;
+    expect(typed({"add", "Emma"}, {"Ivanhoe"}).shelf.books == Books{"Ivanhoe", "Emma"},
+           "a book is put behind the others");
+    expect(typed({"add", ""}).shelf.status == 64, "an empty title is refused");
+    expect(typed({"remove", "Emma"}, {"Emma", "Ivanhoe", "Emma"}).shelf.books == Books{"Ivanhoe"},
+           "all books of a title are removed");
+    expect(typed({"remove", "Emma", "--last"}, {"Emma", "Ivanhoe", "Emma"}).shelf.books ==
+               Books{"Emma", "Ivanhoe"},
+           "the last book of a title is removed");
+    const Outcome missing = typed({"remove", "Emma"});
+    expect(missing.shelf.printed == "Emma is not on the shelf\n" && missing.shelf.status == 1,
+           "a book that is not there is said to be missing");
+    expect(typed({"list", "-s"}, {"b", "a"}).shelf.printed == "a\nb\n", "a list can be sorted");
+}
+
+}  // namespace
+
+int main() {
+    declarations();
+    actions();
+    return failures == 0 ? 0 : 1;
+}
