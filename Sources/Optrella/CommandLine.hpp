@@ -108,9 +108,16 @@ struct AnyArgument {
 }  // namespace Internal
 
 // The result of parse. Its cases carry fixed texts: see rawValue.
-enum class parsingError : std::uint8_t { NoError, MissingParameter, NoMatchingLine, NoCommandLine };
+enum class parsingError : std::uint8_t {
+    NoError,           // the action ran
+    MissingParameter,  // never returned
+    NoMatchingLine,    // not exactly one declaration fits, or it may not run
+    NoCommandLine,     // nothing stands behind the program name
+};
 
+// "Parse successful", "Missing Parameter", "Unknown command line", "No command line specified".
 [[nodiscard]] Text rawValue(parsingError error) noexcept;
+// The case of a text, nothing when it is no case's text.
 template <>
 [[nodiscard]] std::optional<parsingError> fromRawValue<parsingError>(const Text& text) noexcept;
 
@@ -164,6 +171,7 @@ concept TextRange = !std::convertible_to<const Range&, std::span<const Text>> &&
 // in braces. Not to be kept: it does not keep the declarations alive.
 class CommandList {
 public:
+    // Of no declarations, of those from `first` on, in braces, or of a range.
     constexpr CommandList() noexcept = default;
     constexpr CommandList(const CommandLinePossibility* first, std::size_t count) noexcept
         : declarations_(first, count) {}
@@ -172,6 +180,7 @@ public:
     template <Internal::Declarations Range>
     constexpr CommandList(const Range& declarations) noexcept : declarations_(declarations) {}
 
+    // The declarations, in order, and whether there are none.
     [[nodiscard]] constexpr auto begin() const noexcept { return declarations_.begin(); }
     [[nodiscard]] constexpr auto end() const noexcept { return declarations_.end(); }
     [[nodiscard]] constexpr bool empty() const noexcept { return declarations_.empty(); }
@@ -207,6 +216,7 @@ private:
 [[nodiscard]] parsingError parse(CommandList commandList, int argc,
                                  const char* const* argv) noexcept;
 
+// The same for texts in braces, and for a range of another type of text, which is copied.
 [[nodiscard]] inline parsingError parse(CommandList commandList,
                                         std::initializer_list<Text> passedIn) noexcept {
     return parse(commandList, std::span<const Text>(passedIn.begin(), passedIn.size()));

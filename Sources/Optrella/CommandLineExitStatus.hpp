@@ -16,11 +16,13 @@ namespace Optrella {
 // The slot has no lock: what an action writes may be read when parse has returned.
 class CommandLineExitStatus {
 public:
+    // The one slot. Safe on any thread, and as long as the process runs.
     [[nodiscard]] static CommandLineExitStatus& shared() noexcept;
 
     // -100 until somebody sets it, so that a status that nobody set can be told from success.
     std::int32_t exitStatus = -100;
 
+    // There is one.
     CommandLineExitStatus(const CommandLineExitStatus&) = delete;
     CommandLineExitStatus& operator=(const CommandLineExitStatus&) = delete;
 

@@ -31,13 +31,15 @@ namespace Optrella {
 // -1 when what was given is no number.
 [[nodiscard]] std::optional<std::int64_t> fetchOptionalNumber(const ParameterNumber& type,
                                                               const Parameters& list) noexcept;
-// The chosen option.
+// The chosen option. STOPS the process when the list holds a word that is no choice, which parse
+// does not let through.
 [[nodiscard]] std::optional<ParameterNone> fetchOptionalListOption(const ParameterList& type,
                                                                    const Parameters& list) noexcept;
+// The path as it is now; tests nothing.
 [[nodiscard]] std::optional<FileURL> fetchOptionalURL(const ParameterFileURL& type,
                                                       const Parameters& list) noexcept;
 
-// The same for required parameters. These STOP the process when the parameter was not given.
+// The same for required parameters. STOPS the process when the parameter was not given.
 [[nodiscard]] Text fetchString(const ParameterString& type, const Parameters& list) noexcept;
 [[nodiscard]] UUID fetchUUID(const ParameterUUID& type, const Parameters& list) noexcept;
 [[nodiscard]] std::int64_t fetchNumber(const ParameterNumber& type,

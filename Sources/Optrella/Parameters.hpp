@@ -33,8 +33,9 @@ namespace Optrella {
 // in an order that nobody chose.
 class Tags {
 public:
-    using value_type = Text;
+    using value_type = Text;  // what it lists
 
+    // None, or those in braces.
     constexpr Tags() noexcept : few_{} {}
     constexpr Tags(Text a) noexcept : few_{std::move(a), Text()}, size_(1) {}
     constexpr Tags(Text a, Text b) noexcept : few_{std::move(a), std::move(b)}, size_(2) {}
@@ -42,9 +43,11 @@ public:
     Tags(const Text& a, const Text& b, const Text& c, const Text& d) : Tags({&a, &b, &c, &d}) {}
     Tags(const Text& a, const Text& b, const Text& c, const Text& d, const Text& e)
         : Tags({&a, &b, &c, &d, &e}) {}
+    // Copied, as many as there are.
     Tags(std::span<const Text> tags);
     Tags(const std::vector<Text>& tags) : Tags(std::span(tags)) {}
 
+    // Copies are independent. A list that was moved from is empty.
     constexpr Tags(const Tags& other)
         : few_{other.isMany() ? Text() : other.few_[0], other.isMany() ? Text() : other.few_[1]},
           size_(other.isMany() ? 0 : other.size_) {
@@ -61,10 +64,12 @@ public:
         for (Text& text : few_) text.~Text();
     }
 
+    // The texts, in order. Pointers are good until the list is changed or destroyed.
     [[nodiscard]] constexpr const Text* begin() const noexcept { return isMany() ? many_ : few_; }
     [[nodiscard]] constexpr const Text* end() const noexcept { return begin() + size_; }
     [[nodiscard]] constexpr Text* begin() noexcept { return isMany() ? many_ : few_; }
     [[nodiscard]] constexpr Text* end() noexcept { return begin() + size_; }
+    // The number of texts, and whether there are none.
     [[nodiscard]] constexpr std::size_t size() const noexcept { return size_; }
     [[nodiscard]] constexpr bool empty() const noexcept { return size_ == 0; }
     // STOPS the process when there is no such tag.
@@ -110,11 +115,12 @@ private:
 // What every parameter carries as `common`.
 struct commonDetails {
     Text tagHelp = "";    // the help text
-    Tags tags = {};       // what selects the parameter on the command line; the first is primary
+    Tags tags = {};       // what selects the parameter on the command line, the first is primary
     Text userValue = "";  // what the user gave
     bool hasParameter = true;  // whether a value follows the tag
     Text parameterName = "";   // the value's name in the help listing
 
+    // All five fields.
     friend bool operator==(const commonDetails&, const commonDetails&) = default;
 };
 
@@ -242,14 +248,17 @@ concept ParameterKind =
 // destroyed.
 class ParameterProtocol {
 public:
+    // Copies or moves a parameter of any kind in. Does not compile for what is no ParameterKind.
     // Constrained by no more than a `common`: what is wrong with a kind is said by name below,
     // where a list in braces would hide it.
     template <class Given, Internal::NamesCommon Kind = std::remove_cvref_t<Given>>
     ParameterProtocol(Given&& kind);
 
+    // What has no `common` is no parameter.
     template <class Given, Internal::NoParameterKind = std::remove_cvref_t<Given>>
     ParameterProtocol(Given&& kindWithoutCommon) = delete;
 
+    // As the class says.
     ParameterProtocol(const ParameterProtocol& other) : operations_(other.operations_) {
         operations_->copy(other.storage_, storage_);
     }
@@ -264,6 +273,7 @@ public:
     }
     ~ParameterProtocol() { operations_->destroy(storage_); }
 
+    // What every parameter carries: a part of the held parameter, which lives as long as it does.
     [[nodiscard]] const commonDetails& common() const noexcept {
         return operations_->common(const_cast<std::byte*>(storage_));
     }
@@ -293,6 +303,7 @@ public:
         return operations_ == &Internal::KindTable<Kind>::operations ? &Held<Kind>::get(storage_)
                                                                      : nullptr;
     }
+    // Whether both hold a parameter of one kind, whatever it says.
     [[nodiscard]] bool isSameKindAs(const ParameterProtocol& other) const noexcept {
         return operations_ == other.operations_;
     }
@@ -314,6 +325,7 @@ private:
     alignas(void*) std::byte storage_[inlineSize];  // the kind, or a pointer to it
 };
 
+// A parameter list: what a declaration lists, and what an action is given.
 using Parameters = std::vector<ParameterProtocol>;
 
 // The default operations as members, so that a kind can be asked without a ParameterProtocol around
@@ -321,6 +333,8 @@ using Parameters = std::vector<ParameterProtocol>;
 // }.
 template <class Kind>
 struct ParameterDefaults {
+    // As the operations of ParameterProtocol do by default. firstTag STOPS the process when there
+    // are no tags.
     [[nodiscard]] std::optional<Text> validate() const { return std::nullopt; }
     [[nodiscard]] bool isEqualTo(const ParameterProtocol& other) const {
         const Kind* sameKind = other.as<Kind>();
@@ -337,8 +351,9 @@ private:
 
 // A flag: a tag that stands alone.
 struct ParameterNone final : ParameterDefaults<ParameterNone> {
-    commonDetails common;
+    commonDetails common;  // what every parameter carries
 
+    // hasParameter is false, and there is no parameterName. Nothing is checked.
     constexpr ParameterNone(Tags tags, Text tagHelp) noexcept
         : common{std::move(tagHelp), std::move(tags), Text(), false, Text()} {}
 
@@ -354,30 +369,34 @@ struct ParameterNone final : ParameterDefaults<ParameterNone> {
 
 // Any text.
 struct ParameterString final : ParameterDefaults<ParameterString> {
-    commonDetails common;
+    commonDetails common;  // what every parameter carries
 
+    // Everything is stored as it is, unchecked.
     constexpr ParameterString(Tags tags, Text parameterName, Text tagHelp) noexcept
         : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)} {}
 };
 
 // A UUID. Any text passes validation; one that is no UUID is fetched as the all-zero UUID.
 struct ParameterUUID final : ParameterDefaults<ParameterUUID> {
-    commonDetails common;
+    commonDetails common;  // what every parameter carries
 
+    // Everything is stored as it is, unchecked.
     constexpr ParameterUUID(Tags tags, Text parameterName, Text tagHelp) noexcept
         : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)} {}
 };
 
 // A whole number of 64 bits. The bounds are declared and kept, and on purpose never tested.
 struct ParameterNumber final : ParameterDefaults<ParameterNumber> {
-    commonDetails common;
+    commonDetails common;  // what every parameter carries
 
+    // Everything is stored as it is, unchecked.
     constexpr ParameterNumber(Tags tags, Text parameterName, std::int64_t min, std::int64_t max,
                               Text tagHelp) noexcept
         : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)},
           rangeMin_(min),
           rangeMax_(max) {}
 
+    // The bounds as they were declared: never nothing.
     [[nodiscard]] constexpr std::optional<std::int64_t> rangeMin() const noexcept {
         return rangeMin_;
     }
@@ -439,16 +458,19 @@ private:
 // The choices of a list parameter, in the tool's order. Never changes; copies share it.
 class ListOptions {
 public:
-    using value_type = ParameterNone;
+    using value_type = ParameterNone;  // what it lists
 
+    // None, or copies of flags.
     constexpr ListOptions() noexcept = default;
     ListOptions(std::initializer_list<ParameterNone> options);
     ListOptions(std::vector<ParameterNone> options);
     // Choices without a help text of their own: {"name", "date"}.
     ListOptions(std::initializer_list<Text> firstTags);
 
+    // The options, in order. Pointers are good as long as this or a copy of it lives.
     [[nodiscard]] const ParameterNone* begin() const noexcept { return options().data(); }
     [[nodiscard]] const ParameterNone* end() const noexcept { return begin() + size(); }
+    // The number of options, and whether there are none.
     [[nodiscard]] std::size_t size() const noexcept { return options().size(); }
     [[nodiscard]] bool empty() const noexcept { return size() == 0; }
     // REQUIRES: index < size().
@@ -465,12 +487,14 @@ private:
 // A word out of a fixed set. An option stands for one word, its first tag; its other tags and its
 // help play no part. REQUIRES: every option has a tag.
 struct ParameterList final : ParameterDefaults<ParameterList> {
-    commonDetails common;
+    commonDetails common;  // what every parameter carries
 
+    // Everything is stored as it is, unchecked.
     ParameterList(Tags tags, ListOptions validOptions, Text parameterName, Text tagHelp) noexcept
         : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)},
           validOptions_(std::move(validOptions)) {}
 
+    // The choices as they were declared.
     [[nodiscard]] const ListOptions& validOptions() const noexcept { return validOptions_; }
 
     // Names the stored word and all choices, or nothing when the word is a choice.
@@ -487,21 +511,33 @@ private:
 // A path. What it should name is declared and shown, and on purpose never tested; whether it exists
 // is tested by `validate`.
 struct ParameterFileURL final : ParameterDefaults<ParameterFileURL> {
-    enum class urlType : std::uint8_t { file, folder, fileOrFolder };
-    enum class existState : std::uint8_t { exist, absent, vague };
+    // What the path should name. Never tested. Each case's text is its name.
+    enum class urlType : std::uint8_t {
+        file,          // a file
+        folder,        // a folder
+        fileOrFolder,  // either
+    };
+    // Whether something is at the path. Each case's text is its name.
+    enum class existState : std::uint8_t {
+        exist,   // must be
+        absent,  // must not be
+        vague,   // may be
+    };
 
-    commonDetails common;
-    urlType type;
-    existState state;
+    commonDetails common;  // what every parameter carries
+    urlType type;          // declared and kept
+    existState state;      // what validate tests
 
+    // Everything is stored as it is, unchecked.
     constexpr ParameterFileURL(Tags tags, urlType typeOfPath, existState stateOfPath,
                                Text parameterName, Text tagHelp) noexcept
         : common{std::move(tagHelp), std::move(tags), Text(), true, std::move(parameterName)},
           type(typeOfPath),
           state(stateOfPath) {}
 
-    // Asks the file system once for `exist` and `absent`, not at all for `vague`; the path is taken
-    // exactly as it was typed.
+    // That the path does not exist, or must not, or nothing when it is as declared. Asks the file
+    // system once for `exist` and `absent`, not at all for `vague`; the path is taken exactly as it
+    // was typed.
     [[nodiscard]] std::optional<Text> validate() const;
     // FileURL::fromPath of the stored text; tests nothing.
     [[nodiscard]] FileURL getValue() const;

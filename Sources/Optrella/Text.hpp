@@ -47,8 +47,11 @@ concept AnyLength = true;
 
 }  // namespace Internal
 
+// Unicode text. Implicitly it is made from a literal (viewed), a std::string, a std::string_view or
+// a pointer (copied); explicitly from any array of characters (copied). Equal texts hash alike.
 class Text {
 public:
+    // The empty text.
     constexpr Text() noexcept = default;
 
     // Implicitly, from a literal or another constant array: viewed, by the compiler.
@@ -73,8 +76,10 @@ public:
     template <Internal::TextSource S>
     Text(const S& source) : Text(viewOf(source), copyOf) {}
 
+    // A null pointer is no text.
     Text(std::nullptr_t) = delete;
 
+    // Copies share the bytes. A text that was moved from is empty.
     constexpr Text(const Text& other) noexcept
         : bytes_(other.bytes_), description_(other.description_) {
         if (isShared()) retain();
@@ -101,11 +106,11 @@ public:
     [[nodiscard]] constexpr operator std::string_view() const noexcept { return {bytes_, size()}; }
     // The bytes with a NUL behind them.
     [[nodiscard]] constexpr const char* c_str() const noexcept { return bytes_; }
-    // A copy. Include <string> to use it; this header leaves it out, because it would cost every
-    // including file.
+    // A copy. Include the header "string" to use it; this one leaves it out, because it would cost
+    // every including file.
     [[nodiscard]] std::string str() const;
 
-    // In bytes.
+    // The number of bytes, and whether there are none.
     [[nodiscard]] constexpr std::size_t size() const noexcept { return description_ >> sizePlace; }
     [[nodiscard]] constexpr bool empty() const noexcept { return size() == 0; }
     // Some bits of a hash of the bytes: ASCII texts that differ in them are not equal.
@@ -113,6 +118,7 @@ public:
         return static_cast<unsigned>(description_ >> fingerprintPlace) &
                ((1U << fingerprintSize) - 1);
     }
+    // Whether all bytes are below 0x80.
     [[nodiscard]] constexpr bool isASCII() const noexcept {
         return (description_ & asciiFlag) != 0;
     }
@@ -134,6 +140,7 @@ public:
         return equal(left, viewOf(right));
     }
 
+    // The bytes, to any stream of characters. Include the stream's own header to use it.
     template <class Traits>
     friend std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream,
                                                         const Text& text) {

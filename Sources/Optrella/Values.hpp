@@ -18,13 +18,14 @@ namespace Optrella {
 
 // A universally unique identifier: 128 bits, in the order in which their text shows them.
 struct UUID {
-    std::array<std::uint8_t, 16> bytes{};
+    std::array<std::uint8_t, 16> bytes{};  // all zero unless it was made from a text
 
     // Nothing unless the text is 8-4-4-4-12 hexadecimal digits of either case.
     [[nodiscard]] static std::optional<UUID> fromText(const Text& text) noexcept;
     // The 36 characters, in upper case.
     [[nodiscard]] Text text() const;
 
+    // By the bytes, from first to last.
     friend auto operator<=>(const UUID&, const UUID&) = default;
 };
 

@@ -63,7 +63,7 @@ def line_of(text, position):
 
 def unescaped(code):
     """A literal block of a manual page as its reader sees it."""
-    return re.sub(r"^\\&", "", code, flags=re.MULTILINE).replace(r"\-", "-").replace(r"\e", "\\")
+    return code.replace(r"\&", "").replace(r"\-", "-").replace(r"\e", "\\")
 
 
 def steps(session):
