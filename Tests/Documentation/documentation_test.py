@@ -40,7 +40,8 @@ class Documentation(unittest.TestCase):
             here = Folder(work, [programs])
             for block in blocks(page):
                 if block.needs and not compiler.has(block.needs):
-                    print(f"left out: {block.name} in {name_of(page)}: no {block.needs} here")
+                    why = f"no {block.needs} here"
+                    print(f"\nleft out: {block.name} in {name_of(page)}: {why}", flush=True)
                     left_out.add(block.name)
                 if block.name in left_out:
                     continue
