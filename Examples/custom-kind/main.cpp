@@ -19,7 +19,7 @@ struct ParameterPort {
     ParameterPort(Tags tags, Text tagHelp)
         : common{.tagHelp = tagHelp, .tags = tags, .parameterName = "port"} {}
 
-    std::optional<std::int64_t> number() const {
+    [[nodiscard]] std::optional<std::int64_t> number() const {
         ParameterNumber number{{}, "", 1, 65535, ""};
         number.storeUserValue(common.userValue);
         const std::int64_t value = number.getValue();
@@ -28,7 +28,7 @@ struct ParameterPort {
     }
 
     // What this returns is shown behind the parameter's first tag, and the action is not called.
-    std::optional<Text> validate() const {
+    [[nodiscard]] std::optional<Text> validate() const {
         if (number()) return std::nullopt;
         return Text(common.userValue.str() + " is not a port");
     }
@@ -41,7 +41,7 @@ struct ParameterTime {
     ParameterTime(Tags tags, Text tagHelp)
         : common{.tagHelp = tagHelp, .tags = tags, .parameterName = "time"} {}
 
-    std::optional<std::int64_t> seconds() const {
+    [[nodiscard]] std::optional<std::int64_t> seconds() const {
         std::string digits = common.userValue.str();
         if (digits.empty() || digits.front() == '-') return std::nullopt;
         const char unit = digits.back();
@@ -62,7 +62,7 @@ struct ParameterTime {
         }
     }
 
-    std::optional<Text> validate() const {
+    [[nodiscard]] std::optional<Text> validate() const {
         if (seconds()) return std::nullopt;
         return Text(common.userValue.str() + " is not a time, such as 90s, 15m or 2h");
     }

@@ -6,7 +6,6 @@
 #include <cstdio>
 
 using Optrella::parsingError;
-using Optrella::Text;
 
 namespace {
 
