@@ -23,27 +23,28 @@ namespace {
 using urlType = ParameterFileURL::urlType;
 using existState = ParameterFileURL::existState;
 
-const ParameterNone help{{"help", "--help"}, ""};
-const ParameterNone list{{"list"}, ""};
-const ParameterNone check{{"check"}, ""};
-const ParameterString lookUpName{{"look-up"}, "name", "Host name to look up"};
-const ParameterString addAddress{{"add"}, "address", "IPv4 or IPv6 address"};
-const ParameterString removeName{{"remove"}, "name", "Host name to remove"};
-const ParameterFileURL exportPath{
+constexpr ParameterNone help{{"help", "--help"}, ""};
+constexpr ParameterNone list{{"list"}, ""};
+constexpr ParameterNone check{{"check"}, ""};
+constexpr ParameterString lookUpName{{"look-up"}, "name", "Host name to look up"};
+constexpr ParameterString addAddress{{"add"}, "address", "IPv4 or IPv6 address"};
+constexpr ParameterString removeName{{"remove"}, "name", "Host name to remove"};
+constexpr ParameterFileURL exportPath{
     {"export"}, urlType::file, existState::absent, "copy", "New file, which must not exist yet"};
-const ParameterFileURL installPath{
+constexpr ParameterFileURL installPath{
     {"install"}, urlType::file, existState::exist, "prepared", "File with the new content"};
 
-const ParameterNone byAddress{{"address"}, ""};
-const ParameterNone byName{{"name"}, ""};
+constexpr ParameterNone byAddress{{"address"}, ""};
+constexpr ParameterNone byName{{"name"}, ""};
 const ParameterList sort{{"-s", "--sort"}, {byAddress, byName}, "order", "Order of the entries"};
-const ParameterNumber limit{{"-l", "--limit"}, "count", 1, 10000, "Show at most so many entries"};
-const ParameterString newName{{"-n", "--name"}, "name", "Host name; may be repeated"};
-const ParameterFileURL hostsFile{{"-f", "--file"},
-                                 urlType::file,
-                                 existState::exist,
-                                 "path",
-                                 "Hosts file to use instead of /etc/hosts"};
+constexpr ParameterNumber limit{
+    {"-l", "--limit"}, "count", 1, 10000, "Show at most so many entries"};
+constexpr ParameterString newName{{"-n", "--name"}, "name", "Host name; may be repeated"};
+constexpr ParameterFileURL hostsFile{{"-f", "--file"},
+                                     urlType::file,
+                                     existState::exist,
+                                     "path",
+                                     "Hosts file to use instead of /etc/hosts"};
 
 // ---- What the commands do. Each returns the status with which the tool ends. ----
 

@@ -4,7 +4,7 @@
 
 using namespace Optrella;
 
-const ParameterString greet{{"greet", "-g"}, "name", "Whom to greet"};
+constexpr ParameterString greet{{"greet", "-g"}, "name", "Whom to greet"};
 
 void sayHello(const Parameters& given) {
     std::printf("Hello, %s!\n", fetchString(greet, given).c_str());

@@ -8,11 +8,11 @@ using namespace Optrella;
 
 namespace {
 
-const ParameterString addTitle{{"add"}, "title", "Title of the book"};
-const ParameterString removeTitle{{"remove"}, "title", "Title of the book"};
-const ParameterNone list{{"list"}, ""};
-const ParameterNone sorted{{"-s", "--sorted"}, "Sort the titles"};
-const ParameterNone last{{"--last"}, "Remove the last one of that title, not all"};
+constexpr ParameterString addTitle{{"add"}, "title", "Title of the book"};
+constexpr ParameterString removeTitle{{"remove"}, "title", "Title of the book"};
+constexpr ParameterNone list{{"list"}, ""};
+constexpr ParameterNone sorted{{"-s", "--sorted"}, "Sort the titles"};
+constexpr ParameterNone last{{"--last"}, "Remove the last one of that title, not all"};
 
 void addBook(Shelf& shelf, const std::string& title) {
     if (title.empty()) {
