@@ -10,7 +10,7 @@ import re
 import sys
 
 FLOORS = [
-    ["Platform/", "Internal/Unicode", "Internal/Lines"],
+    ["Platform/", "Internal/Unicode", "Internal/Lines", "Export"],
     ["Text", "Internal/Print"],
     ["Values"],
     ["Parameters", "PromptForPassword", "CommandLineExitStatus"],
@@ -31,8 +31,8 @@ STANDARD_HEADERS = set("""
 
 # What every including file would pay for.
 HEAVY_HEADERS = {"filesystem", "functional", "iostream", "memory", "regex", "sstream", "string"}
-PUBLIC_HEADERS = {"CommandLine", "CommandLineExitStatus", "Fetch", "Help", "Optrella", "Parameters",
-                  "Text", "Values"}
+PUBLIC_HEADERS = {"CommandLine", "CommandLineExitStatus", "Export", "Fetch", "Help", "Optrella",
+                  "Parameters", "Text", "Values"}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 CONDITION = re.compile(r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b(.*)$", re.MULTILINE)

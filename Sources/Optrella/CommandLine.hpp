@@ -17,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "Optrella/Export.hpp"
 #include "Optrella/Parameters.hpp"
 
 namespace Optrella {
@@ -40,7 +41,7 @@ template <class Callable>
 concept NoAction = !std::is_same_v<Callable, Action>;
 
 // A callable that copies share, its state included. One without state costs no heap.
-class Action {
+class OPTRELLA_API Action {
 public:
     // Made of anything, so that what is no action is said by name: g++ says nothing of a constraint
     // that is not met within the braces of an array.
@@ -77,7 +78,7 @@ concept Listed = std::is_class_v<Given> && !std::same_as<Given, Parameters>;
 // The parameters of a declaration: in braces, or a list made before. Here each is copied once; the
 // braces of a std::vector would copy it twice. A tool has many declarations in one function, so
 // what is not a template stands in the library, and without memory the process ends at once.
-class DeclaredParameters {
+class OPTRELLA_API DeclaredParameters {
 public:
     DeclaredParameters() noexcept;
     template <std::same_as<Parameters> List>
@@ -108,7 +109,7 @@ struct AnyArgument {
 }  // namespace Internal
 
 // The result of parse. Its cases carry fixed texts: see rawValue.
-enum class parsingError : std::uint8_t {
+enum class OPTRELLA_API parsingError : std::uint8_t {
     NoError,           // the action ran
     MissingParameter,  // never returned
     NoMatchingLine,    // not exactly one declaration fits, or it may not run
@@ -116,13 +117,14 @@ enum class parsingError : std::uint8_t {
 };
 
 // "Parse successful", "Missing Parameter", "Unknown command line", "No command line specified".
-[[nodiscard]] Text rawValue(parsingError error) noexcept;
+[[nodiscard]] OPTRELLA_API Text rawValue(parsingError error) noexcept;
 // The case of a text, nothing when it is no case's text.
 template <>
-[[nodiscard]] std::optional<parsingError> fromRawValue<parsingError>(const Text& text) noexcept;
+[[nodiscard]] OPTRELLA_API std::optional<parsingError> fromRawValue<parsingError>(
+    const Text& text) noexcept;
 
 // One command line that a tool accepts.
-class CommandLinePossibility {
+class OPTRELLA_API CommandLinePossibility {
 public:
     // required: parameters whose tags must be given. optional: parameters whose tags may be given.
     // help: shown in the help listing. requiresRoot: the command needs administrator rights.
@@ -169,7 +171,7 @@ concept TextRange = !std::convertible_to<const Range&, std::span<const Text>> &&
 
 // A view of a tool's declarations, for the time of a call: of an array, a vector, a span or a list
 // in braces. Not to be kept: it does not keep the declarations alive.
-class CommandList {
+class OPTRELLA_API CommandList {
 public:
     // Of no declarations, of those from `first` on, in braces, or of a range.
     constexpr CommandList() noexcept = default;
@@ -212,9 +214,10 @@ private:
 // thread, within an action, and on several threads at once. STOPS the process when a thread or sudo
 // cannot be started, when an operation of a tool's own kind throws, and where a declaration without
 // a tag must name its first tag.
-[[nodiscard]] parsingError parse(CommandList commandList, std::span<const Text> passedIn) noexcept;
-[[nodiscard]] parsingError parse(CommandList commandList, int argc,
-                                 const char* const* argv) noexcept;
+[[nodiscard]] OPTRELLA_API parsingError parse(CommandList commandList,
+                                              std::span<const Text> passedIn) noexcept;
+[[nodiscard]] OPTRELLA_API parsingError parse(CommandList commandList, int argc,
+                                              const char* const* argv) noexcept;
 
 // The same for texts in braces, and for a range of another type of text, which is copied.
 [[nodiscard]] inline parsingError parse(CommandList commandList,
@@ -230,7 +233,7 @@ template <Internal::TextRange Range>
 
 // A result hashes as its text does.
 template <>
-struct std::hash<Optrella::parsingError> {
+struct OPTRELLA_API std::hash<Optrella::parsingError> {
     std::size_t operator()(Optrella::parsingError error) const noexcept {
         return std::hash<Optrella::Text>()(Optrella::rawValue(error));
     }

@@ -8,13 +8,14 @@
 
 #include <cstdint>
 
+#include "Optrella/Export.hpp"
 #include "Optrella/Text.hpp"
 
 namespace Optrella {
 
 // Where an action leaves the status with which the tool is to end. There is one for the process.
 // The slot has no lock: what an action writes may be read when parse has returned.
-class CommandLineExitStatus {
+class OPTRELLA_API CommandLineExitStatus {
 public:
     // The one slot. Safe on any thread, and as long as the process runs.
     [[nodiscard]] static CommandLineExitStatus& shared() noexcept;
@@ -33,7 +34,7 @@ private:
 // Writes the message to standard error and, in a second write, a line end; nothing is buffered, and
 // a failure is not reported. It is recorded in the system log too, at the info level, where the
 // message itself counts as private. Safe on any thread; messages of two threads may interleave.
-void outputErrorMessage(const Text& message) noexcept;
+OPTRELLA_API void outputErrorMessage(const Text& message) noexcept;
 
 }  // namespace Optrella
 

@@ -11,42 +11,48 @@
 #include <cstdint>
 #include <optional>
 
+#include "Optrella/Export.hpp"
 #include "Optrella/Parameters.hpp"
 #include "Optrella/Values.hpp"
 
 namespace Optrella {
 
 // Whether the parameter was given; of any kind, a tool's own ones too.
-[[nodiscard]] bool hasOptional(const ParameterProtocol& type, const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API bool hasOptional(const ParameterProtocol& type,
+                                            const Parameters& list) noexcept;
 
 // Whether the flag was given.
-[[nodiscard]] bool fetchOptionalNone(const ParameterNone& type, const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API bool fetchOptionalNone(const ParameterNone& type,
+                                                  const Parameters& list) noexcept;
 
 // Nothing when the parameter was not given.
-[[nodiscard]] std::optional<Text> fetchOptionalString(const ParameterString& type,
-                                                      const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API std::optional<Text> fetchOptionalString(const ParameterString& type,
+                                                                   const Parameters& list) noexcept;
 // The all-zero UUID when what was given is none.
-[[nodiscard]] std::optional<UUID> fetchOptionalUUID(const ParameterUUID& type,
-                                                    const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API std::optional<UUID> fetchOptionalUUID(const ParameterUUID& type,
+                                                                 const Parameters& list) noexcept;
 // -1 when what was given is no number.
-[[nodiscard]] std::optional<std::int64_t> fetchOptionalNumber(const ParameterNumber& type,
-                                                              const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API std::optional<std::int64_t> fetchOptionalNumber(
+    const ParameterNumber& type, const Parameters& list) noexcept;
 // The chosen option. STOPS the process when the list holds a word that is no choice, which parse
 // does not let through.
-[[nodiscard]] std::optional<ParameterNone> fetchOptionalListOption(const ParameterList& type,
-                                                                   const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API std::optional<ParameterNone> fetchOptionalListOption(
+    const ParameterList& type, const Parameters& list) noexcept;
 // The path as it is now; tests nothing.
-[[nodiscard]] std::optional<FileURL> fetchOptionalURL(const ParameterFileURL& type,
-                                                      const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API std::optional<FileURL> fetchOptionalURL(const ParameterFileURL& type,
+                                                                   const Parameters& list) noexcept;
 
 // The same for required parameters. STOPS the process when the parameter was not given.
-[[nodiscard]] Text fetchString(const ParameterString& type, const Parameters& list) noexcept;
-[[nodiscard]] UUID fetchUUID(const ParameterUUID& type, const Parameters& list) noexcept;
-[[nodiscard]] std::int64_t fetchNumber(const ParameterNumber& type,
-                                       const Parameters& list) noexcept;
-[[nodiscard]] ParameterNone fetchListOption(const ParameterList& type,
+[[nodiscard]] OPTRELLA_API Text fetchString(const ParameterString& type,
                                             const Parameters& list) noexcept;
-[[nodiscard]] FileURL fetchURL(const ParameterFileURL& type, const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API UUID fetchUUID(const ParameterUUID& type,
+                                          const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API std::int64_t fetchNumber(const ParameterNumber& type,
+                                                    const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API ParameterNone fetchListOption(const ParameterList& type,
+                                                         const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API FileURL fetchURL(const ParameterFileURL& type,
+                                            const Parameters& list) noexcept;
 
 }  // namespace Optrella
 

@@ -21,6 +21,7 @@
 #include <utility>
 #include <vector>
 
+#include "Optrella/Export.hpp"
 #include "Optrella/Text.hpp"
 #include "Optrella/Values.hpp"
 
@@ -31,7 +32,7 @@ namespace Optrella {
 // One constructor for each small number of texts and no std::initializer_list: g++ 12 takes a list
 // of a class with a destructor for no constant, and a kind would then be made when the tool starts,
 // in an order that nobody chose.
-class Tags {
+class OPTRELLA_API Tags {
 public:
     using value_type = Text;  // what it lists
 
@@ -81,7 +82,7 @@ public:
     [[nodiscard]] constexpr const Text& front() const noexcept { return (*this)[0]; }
 
     // As many texts, and the same ones in the same order.
-    friend bool operator==(const Tags& left, const Tags& right) noexcept;
+    friend OPTRELLA_API bool operator==(const Tags& left, const Tags& right) noexcept;
 
 private:
     static constexpr std::size_t inlineTags = 2;
@@ -113,7 +114,7 @@ private:
 };
 
 // What every parameter carries as `common`.
-struct commonDetails {
+struct OPTRELLA_API commonDetails {
     Text tagHelp = "";    // the help text
     Tags tags = {};       // what selects the parameter on the command line, the first is primary
     Text userValue = "";  // what the user gave
@@ -125,7 +126,8 @@ struct commonDetails {
 };
 
 // A hash of all five fields. Equal records have equal hashes for the same seed.
-[[nodiscard]] std::size_t hashValue(const commonDetails& common, std::size_t seed = 0) noexcept;
+[[nodiscard]] OPTRELLA_API std::size_t hashValue(const commonDetails& common,
+                                                 std::size_t seed = 0) noexcept;
 
 class ParameterProtocol;
 template <class Kind>
@@ -134,8 +136,8 @@ struct ParameterDefaults;
 namespace Internal {
 
 // The rule behind the default isEqualTo, kind apart.
-[[nodiscard]] bool isSameDeclaration(const commonDetails& left,
-                                     const commonDetails& right) noexcept;
+[[nodiscard]] OPTRELLA_API bool isSameDeclaration(const commonDetails& left,
+                                                  const commonDetails& right) noexcept;
 
 // Whether Kind has the name, whatever it is: so a kind that names an operation in a wrong form is
 // found, and does not silently get the default one. A name that Kind has is ambiguous in the probe;
@@ -216,7 +218,7 @@ concept HasForeignDefaults = requires(const Kind& kind) {
 
 // What a parameter of one kind can do with the storage that holds it. There is one such object for
 // each kind: its address is the kind's identity.
-struct KindOperations {
+struct OPTRELLA_API KindOperations {
     commonDetails& (*common)(void* storage) noexcept;
     std::optional<Text> (*validate)(const void* storage);
     bool (*isEqualTo)(const ParameterProtocol& self, const ParameterProtocol& other);
@@ -228,7 +230,7 @@ struct KindOperations {
 };
 
 template <class Kind>
-struct KindTable {
+struct OPTRELLA_API KindTable {
     static const KindOperations operations;
 };
 
@@ -246,7 +248,7 @@ concept ParameterKind =
 // A value that owns a copy of any kind, one of the six or one of a tool's own. Small kinds sit
 // inside it. Copying copies the kind; a parameter that was moved from can be assigned and
 // destroyed.
-class ParameterProtocol {
+class OPTRELLA_API ParameterProtocol {
 public:
     // Copies or moves a parameter of any kind in. Does not compile for what is no ParameterKind.
     // Constrained by no more than a `common`: what is wrong with a kind is said by name below,
@@ -332,7 +334,7 @@ using Parameters = std::vector<ParameterProtocol>;
 // it. The six kinds have them; a tool's own kind may: struct Port : ParameterDefaults<Port> { ...
 // }.
 template <class Kind>
-struct ParameterDefaults {
+struct OPTRELLA_API ParameterDefaults {
     // As the operations of ParameterProtocol do by default. firstTag STOPS the process when there
     // are no tags.
     [[nodiscard]] std::optional<Text> validate() const { return std::nullopt; }
@@ -350,7 +352,7 @@ private:
 };
 
 // A flag: a tag that stands alone.
-struct ParameterNone final : ParameterDefaults<ParameterNone> {
+struct OPTRELLA_API ParameterNone final : ParameterDefaults<ParameterNone> {
     commonDetails common;  // what every parameter carries
 
     // hasParameter is false, and there is no parameterName. Nothing is checked.
@@ -365,10 +367,11 @@ struct ParameterNone final : ParameterDefaults<ParameterNone> {
 
 // The hash of all of `common`. On purpose it does not follow ==: two flags that are equal and hold
 // different user values hash differently.
-[[nodiscard]] std::size_t hashValue(const ParameterNone& flag, std::size_t seed = 0) noexcept;
+[[nodiscard]] OPTRELLA_API std::size_t hashValue(const ParameterNone& flag,
+                                                 std::size_t seed = 0) noexcept;
 
 // Any text.
-struct ParameterString final : ParameterDefaults<ParameterString> {
+struct OPTRELLA_API ParameterString final : ParameterDefaults<ParameterString> {
     commonDetails common;  // what every parameter carries
 
     // Everything is stored as it is, unchecked.
@@ -377,7 +380,7 @@ struct ParameterString final : ParameterDefaults<ParameterString> {
 };
 
 // A UUID. Any text passes validation; one that is no UUID is fetched as the all-zero UUID.
-struct ParameterUUID final : ParameterDefaults<ParameterUUID> {
+struct OPTRELLA_API ParameterUUID final : ParameterDefaults<ParameterUUID> {
     commonDetails common;  // what every parameter carries
 
     // Everything is stored as it is, unchecked.
@@ -386,7 +389,7 @@ struct ParameterUUID final : ParameterDefaults<ParameterUUID> {
 };
 
 // A whole number of 64 bits. The bounds are declared and kept, and on purpose never tested.
-struct ParameterNumber final : ParameterDefaults<ParameterNumber> {
+struct OPTRELLA_API ParameterNumber final : ParameterDefaults<ParameterNumber> {
     commonDetails common;  // what every parameter carries
 
     // Everything is stored as it is, unchecked.
@@ -425,7 +428,7 @@ struct Shared {
 };
 
 // An object that copies share; the last of them destroys it. Copies may live on several threads.
-class SharedObject {
+class OPTRELLA_API SharedObject {
 public:
     constexpr SharedObject() noexcept = default;
     // Owns the object; null is none.
@@ -456,7 +459,7 @@ private:
 }  // namespace Internal
 
 // The choices of a list parameter, in the tool's order. Never changes; copies share it.
-class ListOptions {
+class OPTRELLA_API ListOptions {
 public:
     using value_type = ParameterNone;  // what it lists
 
@@ -486,7 +489,7 @@ private:
 
 // A word out of a fixed set. An option stands for one word, its first tag; its other tags and its
 // help play no part. REQUIRES: every option has a tag.
-struct ParameterList final : ParameterDefaults<ParameterList> {
+struct OPTRELLA_API ParameterList final : ParameterDefaults<ParameterList> {
     commonDetails common;  // what every parameter carries
 
     // Everything is stored as it is, unchecked.
@@ -510,15 +513,15 @@ private:
 
 // A path. What it should name is declared and shown, and on purpose never tested; whether it exists
 // is tested by `validate`.
-struct ParameterFileURL final : ParameterDefaults<ParameterFileURL> {
+struct OPTRELLA_API ParameterFileURL final : ParameterDefaults<ParameterFileURL> {
     // What the path should name. Never tested. Each case's text is its name.
-    enum class urlType : std::uint8_t {
+    enum class OPTRELLA_API urlType : std::uint8_t {
         file,          // a file
         folder,        // a folder
         fileOrFolder,  // either
     };
     // Whether something is at the path. Each case's text is its name.
-    enum class existState : std::uint8_t {
+    enum class OPTRELLA_API existState : std::uint8_t {
         exist,   // must be
         absent,  // must not be
         vague,   // may be
@@ -544,17 +547,17 @@ struct ParameterFileURL final : ParameterDefaults<ParameterFileURL> {
 };
 
 // The text of a case: rawValue(existState::absent) == "absent".
-[[nodiscard]] Text rawValue(ParameterFileURL::urlType type) noexcept;
-[[nodiscard]] Text rawValue(ParameterFileURL::existState state) noexcept;
+[[nodiscard]] OPTRELLA_API Text rawValue(ParameterFileURL::urlType type) noexcept;
+[[nodiscard]] OPTRELLA_API Text rawValue(ParameterFileURL::existState state) noexcept;
 
 // The case of a text, nothing when it is no case's text: fromRawValue<existState>("absent").
 template <class Case>
 [[nodiscard]] std::optional<Case> fromRawValue(const Text& text) noexcept = delete;
 template <>
-[[nodiscard]] std::optional<ParameterFileURL::urlType> fromRawValue<ParameterFileURL::urlType>(
-    const Text& text) noexcept;
+[[nodiscard]] OPTRELLA_API std::optional<ParameterFileURL::urlType>
+fromRawValue<ParameterFileURL::urlType>(const Text& text) noexcept;
 template <>
-[[nodiscard]] std::optional<ParameterFileURL::existState>
+[[nodiscard]] OPTRELLA_API std::optional<ParameterFileURL::existState>
 fromRawValue<ParameterFileURL::existState>(const Text& text) noexcept;
 
 // ---- Nothing below is meant to be read by a tool's author. ----
@@ -631,17 +634,17 @@ constinit const Internal::KindOperations Internal::KindTable<Kind>::operations =
 // Those of the six kinds stand in the library alone, so that a kind has one identity even where a
 // tool is made of several shared objects.
 template <>
-const Internal::KindOperations Internal::KindTable<ParameterNone>::operations;
+OPTRELLA_API const Internal::KindOperations Internal::KindTable<ParameterNone>::operations;
 template <>
-const Internal::KindOperations Internal::KindTable<ParameterString>::operations;
+OPTRELLA_API const Internal::KindOperations Internal::KindTable<ParameterString>::operations;
 template <>
-const Internal::KindOperations Internal::KindTable<ParameterUUID>::operations;
+OPTRELLA_API const Internal::KindOperations Internal::KindTable<ParameterUUID>::operations;
 template <>
-const Internal::KindOperations Internal::KindTable<ParameterNumber>::operations;
+OPTRELLA_API const Internal::KindOperations Internal::KindTable<ParameterNumber>::operations;
 template <>
-const Internal::KindOperations Internal::KindTable<ParameterList>::operations;
+OPTRELLA_API const Internal::KindOperations Internal::KindTable<ParameterList>::operations;
 template <>
-const Internal::KindOperations Internal::KindTable<ParameterFileURL>::operations;
+OPTRELLA_API const Internal::KindOperations Internal::KindTable<ParameterFileURL>::operations;
 
 template <class Given, Internal::NamesCommon Kind>
 ParameterProtocol::ParameterProtocol(Given&& kind)
@@ -666,13 +669,13 @@ ParameterProtocol::ParameterProtocol(Given&& kind)
 }  // namespace Optrella
 
 template <>
-struct std::hash<Optrella::commonDetails> {
+struct OPTRELLA_API std::hash<Optrella::commonDetails> {
     std::size_t operator()(const Optrella::commonDetails& common) const noexcept {
         return Optrella::hashValue(common);
     }
 };
 template <>
-struct std::hash<Optrella::ParameterNone> {
+struct OPTRELLA_API std::hash<Optrella::ParameterNone> {
     std::size_t operator()(const Optrella::ParameterNone& flag) const noexcept {
         return Optrella::hashValue(flag);
     }

@@ -16,6 +16,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "Optrella/Export.hpp"
+
 namespace Optrella {
 
 class Text;
@@ -25,10 +27,10 @@ namespace Internal {
 class TextBlock;  // makes texts that share one block of the heap
 
 // Ends the process at once, without a message.
-[[noreturn]] void fatalStop() noexcept;
+[[noreturn]] OPTRELLA_API void fatalStop() noexcept;
 
 // Named where a literal that cannot be a text meets the compiler: its name is the error message.
-[[noreturn]] void textLiteralHoldsNUL() noexcept;
+[[noreturn]] OPTRELLA_API void textLiteralHoldsNUL() noexcept;
 
 // Whatever holds characters at run time: std::string, std::string_view, const char*, char*.
 template <class S>
@@ -49,7 +51,7 @@ concept AnyLength = true;
 
 // Unicode text. Implicitly it is made from a literal (viewed), a std::string, a std::string_view or
 // a pointer (copied); explicitly from any array of characters (copied). Equal texts hash alike.
-class Text {
+class OPTRELLA_API Text {
 public:
     // The empty text.
     constexpr Text() noexcept = default;
@@ -66,7 +68,8 @@ public:
     // emplace): nobody can know how long it lives, so it is copied, up to its first NUL.
     template <std::size_t N>
     requires Internal::AnyLength<N>
-    explicit Text(const char (&array)[N]) : Text(viewOf(array), copyOf) {}
+    [[gnu::abi_tag("copied")]] explicit Text(const char (&array)[N])
+        : Text(viewOf(array), copyOf) {}
 
     // A buffer: copied up to its first NUL.
     template <std::size_t N>
@@ -235,7 +238,7 @@ private:
 
 // Equal texts hash alike.
 template <>
-struct std::hash<Optrella::Text> {
+struct OPTRELLA_API std::hash<Optrella::Text> {
     std::size_t operator()(const Optrella::Text& text) const noexcept;
 };
 

@@ -12,12 +12,13 @@
 #include <optional>
 #include <utility>
 
+#include "Optrella/Export.hpp"
 #include "Optrella/Text.hpp"
 
 namespace Optrella {
 
 // A universally unique identifier: 128 bits, in the order in which their text shows them.
-struct UUID {
+struct OPTRELLA_API UUID {
     std::array<std::uint8_t, 16> bytes{};  // all zero unless it was made from a text
 
     // Nothing unless the text is 8-4-4-4-12 hexadecimal digits of either case.
@@ -30,7 +31,7 @@ struct UUID {
 };
 
 // An absolute path, and the file URL that names it.
-class FileURL {
+class OPTRELLA_API FileURL {
 public:
     // The file that `path` names now; a relative path counts from the current directory, and the
     // empty one is that directory. Asks the file system whether the path names a folder.
@@ -58,11 +59,11 @@ private:
 }  // namespace Optrella
 
 template <>
-struct std::hash<Optrella::UUID> {
+struct OPTRELLA_API std::hash<Optrella::UUID> {
     std::size_t operator()(const Optrella::UUID& uuid) const noexcept;
 };
 template <>
-struct std::hash<Optrella::FileURL> {
+struct OPTRELLA_API std::hash<Optrella::FileURL> {
     std::size_t operator()(const Optrella::FileURL& url) const noexcept {
         return std::hash<Optrella::Text>()(url.text());
     }

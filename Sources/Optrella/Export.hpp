@@ -1,0 +1,11 @@
+// Export.hpp - marks what tools may use of the shared library.
+//
+// The library is built with hidden visibility: what does not carry the mark cannot be reached from
+// outside. A type carries it too, so that it is the same type on both sides.
+
+#ifndef OPTRELLA_EXPORT_HPP
+#define OPTRELLA_EXPORT_HPP
+
+#define OPTRELLA_API __attribute__((visibility("default")))
+
+#endif
