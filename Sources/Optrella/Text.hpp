@@ -66,6 +66,8 @@ public:
 
     // Explicitly, as in Text("x"), and wherever a template hands an array on (optional, pair,
     // emplace): nobody can know how long it lives, so it is copied, up to its first NUL.
+    // The mark gives it a name of its own for the linker: a constraint is part of no name, and
+    // clang 14 without optimisation emits the constructor above, too.
     template <std::size_t N>
     requires Internal::AnyLength<N>
     [[gnu::abi_tag("copied")]] explicit Text(const char (&array)[N])
