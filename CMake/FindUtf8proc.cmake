@@ -1,7 +1,11 @@
 # Finds utf8proc and makes the target Utf8proc::Utf8proc. The archive is preferred: a tool then
-# starts without one more shared object to load.
+# starts without one more shared object to load. Not where libraries are to be shared.
+if(NOT BUILD_SHARED_LIBS)
+  set(Utf8proc_archive libutf8proc.a)
+endif()
 find_path(Utf8proc_INCLUDE_DIR utf8proc.h)
-find_library(Utf8proc_LIBRARY NAMES libutf8proc.a utf8proc)
+find_library(Utf8proc_LIBRARY NAMES ${Utf8proc_archive} utf8proc)
+unset(Utf8proc_archive)
 mark_as_advanced(Utf8proc_INCLUDE_DIR Utf8proc_LIBRARY)
 
 include(FindPackageHandleStandardArgs)

@@ -1,0 +1,63 @@
+# What is installed: the component Runtime is what a tool needs that was linked with the shared
+# library, Development is all the rest.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME Development)
+set(packageFolder ${CMAKE_INSTALL_LIBDIR}/cmake/Optrella)
+
+# The archive and the shared library may be installed into one prefix, one after the other.
+if(BUILD_SHARED_LIBS)
+  set(linkage Shared)
+else()
+  set(linkage Static)
+endif()
+install(TARGETS Optrella EXPORT OptrellaTargets
+  LIBRARY COMPONENT Runtime NAMELINK_COMPONENT Development
+  FILE_SET HEADERS)
+install(EXPORT OptrellaTargets
+  NAMESPACE Optrella:: FILE Optrella${linkage}.cmake DESTINATION ${packageFolder})
+configure_package_config_file(
+  ${PROJECT_SOURCE_DIR}/CMake/OptrellaConfig.cmake.in
+  ${CMAKE_CURRENT_BINARY_DIR}/OptrellaConfig.cmake
+  INSTALL_DESTINATION ${packageFolder})
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/OptrellaConfigVersion.cmake
+  COMPATIBILITY SameMinorVersion)
+install(FILES
+  ${CMAKE_CURRENT_BINARY_DIR}/OptrellaConfig.cmake
+  ${CMAKE_CURRENT_BINARY_DIR}/OptrellaConfigVersion.cmake
+  ${PROJECT_SOURCE_DIR}/CMake/FindUtf8proc.cmake
+  DESTINATION ${packageFolder})
+
+# A prefix may be moved, or chosen when installing: the file says where it lies itself. Not the
+# system's own, whose folders pkg-config leaves out when it recognises them.
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(prefix /usr)
+else()
+  file(RELATIVE_PATH prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  string(REGEX REPLACE "/$" "" prefix "\${pcfiledir}/${prefix}")
+endif()
+# What an archive needs must be linked with it; a shared library has it already.
+if(BUILD_SHARED_LIBS)
+  set(private .private)
+  set(privateLibraries ${systemLibraries})
+else()
+  set(publicLibraries ${systemLibraries})
+endif()
+configure_file(${PROJECT_SOURCE_DIR}/CMake/optrella.pc.in optrella.pc @ONLY)
+# Installing goes by the time alone: the other library's file of the same second would stay.
+set(pkgConfigFolder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(CODE
+  "file(REMOVE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${pkgConfigFolder}/optrella.pc\")")
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/optrella.pc DESTINATION ${pkgConfigFolder})
+
+install(FILES ${PROJECT_SOURCE_DIR}/docs/man/optrella.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3
+  OPTIONAL)
+install(FILES ${PROJECT_SOURCE_DIR}/docs/man/optrella.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7
+  OPTIONAL)
+
+if(PROJECT_IS_TOP_LEVEL)
+  add_custom_target(uninstall
+    COMMAND ${CMAKE_COMMAND} -P ${PROJECT_SOURCE_DIR}/CMake/Uninstall.cmake
+    WORKING_DIRECTORY ${PROJECT_BINARY_DIR}
+    COMMENT "Removing what this folder installed last")
+endif()
