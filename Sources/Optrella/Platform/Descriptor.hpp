@@ -1,4 +1,4 @@
-// Descriptor.hpp - a descriptor that closes itself, and pipes that no other program inherits.
+// Descriptor.hpp - a descriptor that closes itself, and pipes that no other program shall inherit.
 
 #ifndef OPTRELLA_PLATFORM_DESCRIPTOR_HPP
 #define OPTRELLA_PLATFORM_DESCRIPTOR_HPP
@@ -32,7 +32,8 @@ struct Pipe {
     Descriptor writeEnd;
 };
 
-// Closed in every program that is started, from the moment on which it exists. Nothing when the
+// Closed in every program that is started, from the moment on which it exists where the system can
+// make it so; else a program that another thread starts at that moment gets it. Nothing when the
 // system has none to give.
 [[nodiscard]] std::optional<Pipe> makePipe() noexcept;
 

@@ -13,8 +13,9 @@
 
 namespace Optrella::Platform {
 
-// The name of the logged-in user: the one of the process's real user id, whatever the environment
-// says. Under sudo that is the user whose rights the process has.
+// The name of the logged-in user: the one of the process's user id, whatever the environment says.
+// Under sudo that is the user whose rights the process has. Where the real and the effective id
+// differ, the real one counts on Linux; on macOS the effective one does, unless it is root's.
 [[nodiscard]] std::optional<std::string> loggedInUser();
 
 // Whether the user exists, the group exists, and the one is a member of the other; as the user

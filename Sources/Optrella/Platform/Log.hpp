@@ -7,7 +7,7 @@
 
 namespace Optrella::Platform {
 
-// Where entries come from.
+// Where entries come from. A process has one, which stays what it is.
 struct Log {
     const char* subsystem;
     const char* category;

@@ -12,6 +12,10 @@ namespace Optrella::Platform {
 // program has done to them since. Empty when the system does not tell them.
 [[nodiscard]] const std::vector<std::string>& startArguments();
 
+// What the system tells of them to those whom it has passed nothing: all in one text, a NUL behind
+// each.
+[[nodiscard]] std::string argumentsOfTheSystem();
+
 }  // namespace Optrella::Platform
 
 #endif

@@ -5,38 +5,25 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <vector>
+
+#include "Optrella/Platform/UserDatabase.hpp"
 
 namespace Optrella::Platform {
 
 namespace {
 
-// Calls one of the getXX_r functions with a buffer that grows until the record fits. The record's
-// texts stand in the buffer. Null when there is no such record, or on any failure.
-template <class Record, class LookUp>
-const Record* found(Record& record, std::vector<char>& buffer, LookUp lookUp) {
-    constexpr std::size_t largest = std::size_t{16} << 20;
-    for (buffer.resize(1024); buffer.size() <= largest; buffer.resize(buffer.size() * 2)) {
-        Record* result = nullptr;
-        int error = lookUp(&record, buffer.data(), buffer.size(), &result);
-        while (error == EINTR) error = lookUp(&record, buffer.data(), buffer.size(), &result);
-        if (error != ERANGE) return error == 0 ? result : nullptr;
-    }
-    return nullptr;
-}
-
 bool groupExists(gid_t group) {
     struct group record;
     std::vector<char> buffer;
-    return found(record, buffer, [group](auto... rest) { return ::getgrgid_r(group, rest...); }) !=
-           nullptr;
+    return findRecord(record, buffer,
+                      [group](auto... rest) { return ::getgrgid_r(group, rest...); }) != nullptr;
 }
 
 std::optional<gid_t> primaryGroup(const std::string& user) {
     passwd record;
     std::vector<char> buffer;
-    const passwd* entry = found(
+    const passwd* entry = findRecord(
         record, buffer, [&user](auto... rest) { return ::getpwnam_r(user.c_str(), rest...); });
     if (entry == nullptr) return std::nullopt;
     return entry->pw_gid;
@@ -57,14 +44,8 @@ std::vector<gid_t> groupsOf(const std::string& user, gid_t primary) {
 
 }  // namespace
 
-std::optional<std::string> loggedInUser() {
-    passwd record;
-    std::vector<char> buffer;
-    const passwd* entry =
-        found(record, buffer, [](auto... rest) { return ::getpwuid_r(::getuid(), rest...); });
-    if (entry == nullptr) return std::nullopt;
-    return entry->pw_name;
-}
+// Of the real user id: those who check the password and start the command again go by that one too.
+std::optional<std::string> loggedInUser() { return nameOfUser(::getuid()); }
 
 bool isMember(const std::string& user, std::uint32_t group) {
     // getgrouplist alone would do for neither question: it answers for unknown users too, and names

@@ -17,9 +17,7 @@
 #include <vector>
 
 #include "Optrella/Platform/Descriptor.hpp"
-
-// Not every system's <unistd.h> declares it.
-extern "C" char** environ;  // NOLINT(readability-redundant-declaration)
+#include "Optrella/Platform/Process.hpp"
 
 namespace Optrella::Platform {
 
@@ -79,12 +77,14 @@ extern "C" void* callRelay(void* reader) {
     return nullptr;
 }
 
+// Here and below without "::": macOS has macros of these names.
+
 // The signals that are for the tool's own threads: all but those that a thread brings on itself.
 sigset_t signalsOfTheTool() noexcept {
     sigset_t signals;
-    ::sigfillset(&signals);
+    sigfillset(&signals);
     for (const int own : {SIGBUS, SIGFPE, SIGILL, SIGPIPE, SIGSEGV, SIGSYS, SIGTRAP}) {
-        ::sigdelset(&signals, own);
+        sigdelset(&signals, own);
     }
     return signals;
 }
@@ -152,11 +152,11 @@ std::size_t Reader::takeBlock(std::size_t largest) {
 // All but those that are ignored: what was started to outlive a hang-up goes on doing so.
 sigset_t signalsNotIgnored() noexcept {
     sigset_t signals;
-    ::sigfillset(&signals);
+    sigfillset(&signals);
     for (int signal = 1; signal < NSIG; ++signal) {
         struct sigaction action;
         if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) {
-            ::sigdelset(&signals, signal);
+            sigdelset(&signals, signal);
         }
     }
     return signals;
@@ -180,7 +180,7 @@ public:
     }
     [[nodiscard]] bool resetSignals() noexcept {
         sigset_t none;
-        ::sigemptyset(&none);
+        sigemptyset(&none);
         const sigset_t defaults = signalsNotIgnored();
         return hasAttributes_ && ::posix_spawnattr_setsigmask(&attributes_, &none) == 0 &&
                ::posix_spawnattr_setsigdefault(&attributes_, &defaults) == 0 &&
@@ -216,7 +216,7 @@ std::optional<pid_t> launch(const char* program, std::span<const std::string> ar
     const std::vector<char*> words = argumentVector(program, arguments);
     pid_t child = 0;
     const int error = ::posix_spawn(&child, program, settings.actions(), settings.attributes(),
-                                    words.data(), environ);
+                                    words.data(), environment());
     if (error != 0) return std::nullopt;
     return child;
 }

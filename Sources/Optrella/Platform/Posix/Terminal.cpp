@@ -73,12 +73,13 @@ bool isIgnored(const struct sigaction& action) noexcept {
 }
 
 // Lets the signal do what it would have done, before this returns: it is unblocked because a thread
-// that blocks it can have been told of it by another one.
+// that blocks it can have been told of it by another one. (No "::" before what macOS has as
+// macros.)
 void strike(int signal) noexcept {
     sigset_t one;
     sigset_t before;
-    ::sigemptyset(&one);
-    ::sigaddset(&one, signal);
+    sigemptyset(&one);
+    sigaddset(&one, signal);
     ::pthread_sigmask(SIG_UNBLOCK, &one, &before);
     static_cast<void>(::raise(signal));
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
@@ -135,7 +136,7 @@ private:
     bool replaceHandlers() noexcept {
         struct sigaction ours {};
         ours.sa_handler = catchSignal;  // without SA_RESTART: calls shall be interrupted
-        ::sigfillset(&ours.sa_mask);
+        sigfillset(&ours.sa_mask);
         for (std::size_t i = 0; i < std::size(watched); ++i) {
             if (::sigaction(watched[i], nullptr, &before_[i]) != 0) return false;
             if (isIgnored(before_[i])) continue;

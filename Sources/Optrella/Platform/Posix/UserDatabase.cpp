@@ -1,0 +1,17 @@
+#include "Optrella/Platform/UserDatabase.hpp"
+
+#include <pwd.h>
+#include <sys/types.h>
+
+namespace Optrella::Platform {
+
+std::optional<std::string> nameOfUser(unsigned id) {
+    passwd record;
+    std::vector<char> buffer;
+    const passwd* entry =
+        findRecord(record, buffer, [id](auto... rest) { return ::getpwuid_r(uid_t{id}, rest...); });
+    if (entry == nullptr) return std::nullopt;
+    return entry->pw_name;
+}
+
+}  // namespace Optrella::Platform
