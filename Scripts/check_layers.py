@@ -63,9 +63,13 @@ def floor(path):
     return None
 
 
-def is_platform_contract(path, included):
-    """Contracts stand directly under Platform/; every platform file may include them."""
-    return path.startswith("Platform/") and included.startswith("Platform/") and included.count("/") == 1
+def is_within_platform(path, included):
+    """Contracts stand directly under Platform/, and every platform file may include them; what stands
+    in a system's folder is for that system's files alone."""
+    if not path.startswith("Platform/") or not included.startswith("Platform/"):
+        return False
+    folder = included.rsplit("/", 1)[0]
+    return folder == "Platform" or folder == path.rsplit("/", 1)[0]
 
 
 def include_faults(path, text):
@@ -88,7 +92,7 @@ def include_faults(path, text):
         other = included.removeprefix("Optrella/")
         if floor(other) is None:
             yield f"includes {included}, which is on no floor"
-        elif unit(other) == unit(path) or is_platform_contract(path, other):
+        elif unit(other) == unit(path) or is_within_platform(path, other):
             continue
         elif floor(other) >= own_floor:
             yield f"includes {included}, which is on floor {floor(other)}; its own is {own_floor}"

@@ -47,6 +47,10 @@ class LayerCheck(unittest.TestCase):
         self.assert_caught("Platform/Linux/Worker.cpp", '#include "Optrella/Text.hpp"',
                            "includes Optrella/Text.hpp, which is on floor 1; its own is 0")
 
+    def test_include_from_another_systems_folder_is_caught(self):
+        self.assert_caught("Platform/Posix/Files.cpp", '#include "Optrella/Platform/MacOS/Owned.hpp"',
+                           "includes Optrella/Platform/MacOS/Owned.hpp, which is on floor 0; its own is 0")
+
     def test_system_header_outside_platform_is_caught(self):
         self.assert_caught("CommandLine.cpp", "#include <unistd.h>",
                            "includes the system header <unistd.h>")

@@ -1,0 +1,88 @@
+// The moment between the start of the work and the start of the loop, which only a linker that puts
+// a function of ours in between can stretch.
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "Platform/Work.hpp"
+#include "Support/MacOS/Objects.hpp"
+
+namespace {
+
+using namespace std::chrono_literals;
+using Tests::runOnWorker;
+using Tests::TimeLimit;
+
+std::atomic<bool>* awaited = nullptr;
+std::atomic<int> runsOfTheLoop = 0;
+
+}  // namespace
+
+extern "C" {
+
+SInt32 __real_CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds, Boolean returns);
+
+SInt32 __wrap_CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds, Boolean returns) {
+    ++runsOfTheLoop;
+    if (awaited != nullptr) {
+        while (!*awaited) std::this_thread::yield();
+        std::this_thread::sleep_for(2ms);
+    }
+    return __real_CFRunLoopRunInMode(mode, seconds, returns);
+}
+}
+
+namespace {
+
+TEST(MacOSWorker, ReleasesACallerWhoseLoopDoesNotRunYet) {
+    const TimeLimit limit(30);
+    for (int i = 0; i < 20; ++i) {
+        std::atomic<bool> hasEnded = false;
+        awaited = &hasEnded;
+        const bool hasRun = runOnWorker([&] { hasEnded = true; });
+        awaited = nullptr;
+        ASSERT_TRUE(hasRun) << i;
+    }
+}
+
+// What the hand-over is made for: were this otherwise, it could be simpler.
+TEST(RunLoop, LosesAStopThatComesBeforeItRuns) {
+    std::thread([] {
+        CFRunLoopSourceContext context{};
+        context.perform = [](void*) {};
+        const CFRunLoopRef loop = CFRunLoopGetCurrent();
+        const CFRunLoopSourceRef source = CFRunLoopSourceCreate(kCFAllocatorDefault, 0, &context);
+        CFRunLoopAddSource(loop, source, kCFRunLoopDefaultMode);
+        CFRunLoopStop(loop);
+        EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.05, 0), kCFRunLoopRunTimedOut);
+        CFRunLoopSourceInvalidate(source);
+        CFRelease(source);
+    }).join();
+}
+
+TEST(MacOSWorker, RunsTheLoopOnce) {
+    const int before = runsOfTheLoop;
+    EXPECT_TRUE(runOnWorker([] { std::this_thread::sleep_for(20ms); }));
+    EXPECT_EQ(runsOfTheLoop - before, 1);
+}
+
+TEST(MacOSWorker, ReleasesAllThatItHasMadeOrRetained) {
+    // The last worker may still be about to let go.
+    const auto isBalanced = [] {
+        for (int i = 0; i < 1000 && Tests::unbalancedObjects() != 0; ++i) {
+            std::this_thread::sleep_for(1ms);
+        }
+        return Tests::unbalancedObjects() == 0;
+    };
+    // What the other tests here have made is their own matter.
+    std::this_thread::sleep_for(50ms);
+    Tests::forgetObjects();
+    for (int i = 0; i < 1000; ++i) ASSERT_TRUE(runOnWorker([] {}));
+    EXPECT_TRUE(isBalanced());
+}
+
+}  // namespace
