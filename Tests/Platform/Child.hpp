@@ -60,8 +60,7 @@ int exitCodeOf(Code code) {
 [[nodiscard]] inline bool becomeOrdinaryUser() {
     if (::geteuid() != 0) return true;
     constexpr uid_t nobody = 65534;
-    return ::setgroups(0, nullptr) == 0 && ::setresgid(nobody, nobody, nobody) == 0 &&
-           ::setresuid(nobody, nobody, nobody) == 0;
+    return ::setgroups(0, nullptr) == 0 && ::setgid(nobody) == 0 && ::setuid(nobody) == 0;
 }
 
 }  // namespace Tests

@@ -1,0 +1,104 @@
+# The tests that only Linux can run: they wrap calls of the C library, look into /proc, or make a
+# system of their own in namespaces.
+
+optrella_test(standard-error-tests
+  SOURCES Platform/StandardErrorTests.cpp
+  LIBRARIES Optrella::Optrella)
+
+# The password check, with PAM's calls and the heap in the tests' hands, and on stacks of their own.
+set(passwordCheck
+  ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Memory.cpp
+  ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Pam.cpp
+  ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Posix/Password.cpp)
+optrella_test(pam-unit-tests
+  SOURCES Pam/ConversationTests.cpp Pam/InterfaceTests.cpp Pam/LibraryTests.cpp ${passwordCheck}
+  LIBRARIES ${CMAKE_DL_LIBS})
+target_link_options(pam-unit-tests PRIVATE
+  -Wl,--wrap=malloc,--wrap=calloc,--wrap=free,--wrap=dlopen,--wrap=dlsym,--wrap=dlclose)
+add_library(pam-test-module MODULE Pam/Module.cpp)
+target_compile_features(pam-test-module PRIVATE cxx_std_20)
+target_include_directories(pam-test-module PRIVATE ${PROJECT_SOURCE_DIR}/Sources)
+target_link_libraries(pam-test-module PRIVATE OptrellaWarnings)
+optrella_test(pam-stack-tests
+  SOURCES Pam/StackTests.cpp ${passwordCheck}
+  LIBRARIES ${CMAKE_DL_LIBS})
+target_compile_definitions(pam-stack-tests PRIVATE
+  PAM_TEST_MODULE="$<TARGET_FILE:pam-test-module>")
+add_dependencies(pam-stack-tests pam-test-module)
+
+# The child process: a probe plays the child; and with the system's calls in the tests' hands.
+add_executable(child-probe ChildProcess/ChildProbe.cpp Support/Probe.cpp)
+target_compile_features(child-probe PRIVATE cxx_std_20)
+target_include_directories(child-probe PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+target_link_libraries(child-probe PRIVATE OptrellaWarnings)
+optrella_test(child-process-tests
+  SOURCES ChildProcess/ChildProcessTests.cpp ChildProcess/Traces.cpp
+  LIBRARIES Optrella::Optrella)
+optrella_test(child-process-fault-tests
+  SOURCES
+    ChildProcess/ChildProcessFaultTests.cpp
+    ChildProcess/Traces.cpp
+    ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Memory.cpp
+    ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Pipe.cpp
+    ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Process.cpp
+    ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Posix/ChildProcess.cpp
+    ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Posix/Descriptor.cpp
+    ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Posix/Password.cpp)
+foreach(call IN ITEMS
+    pipe2 fcntl pthread_create write waitpid poll read ioctl
+    posix_spawn posix_spawn_file_actions_init posix_spawn_file_actions_adddup2
+    posix_spawnattr_init posix_spawnattr_setflags posix_spawnattr_setsigmask
+    posix_spawnattr_setsigdefault)
+  target_link_options(child-process-fault-tests PRIVATE -Wl,--wrap=${call})
+endforeach()
+add_dependencies(child-process-tests child-probe)
+add_dependencies(child-process-fault-tests child-probe)
+
+# A script that makes a system of its own in namespaces: as root, with users of its own, and again
+# without any rights, with what that allows.
+function(optrella_namespace_script name script)
+  list(TRANSFORM ARGN REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE programs)
+  foreach(kind root user)
+    optrella_script(${name}-${kind} ${script} --${kind} ${programs})
+    set_tests_properties(${name}-${kind} PROPERTIES SKIP_RETURN_CODE 77)
+  endforeach()
+endfunction()
+
+# The terminal reader, with a user at its terminal; and with the system's calls in the tests' hands.
+optrella_test(password-tests SOURCES Terminal/PasswordTests.cpp LIBRARIES Optrella::Optrella)
+target_link_options(password-tests PRIVATE -Wl,--wrap=mmap,--wrap=munmap,--wrap=mlock)
+optrella_probe(terminal-probe Terminal/TerminalProbe.cpp)
+optrella_script(terminal-tests Terminal/TerminalTests.py $<TARGET_FILE:terminal-probe>)
+optrella_probe(terminal-fault-probe Terminal/FaultProbe.cpp)
+foreach(call IN ITEMS
+    open pipe2 fcntl sigaction tcgetattr tcsetattr select read write mmap)
+  target_link_options(terminal-fault-probe PRIVATE -Wl,--wrap=${call})
+endforeach()
+optrella_script(terminal-fault-tests Terminal/FaultTests.py $<TARGET_FILE:terminal-fault-probe>)
+
+# What the process was started with.
+optrella_probe(start-arguments-probe ChildProcess/StartArgumentsProbe.cpp)
+optrella_test(start-arguments-tests
+  SOURCES ChildProcess/StartArgumentsTests.cpp ChildProcess/Traces.cpp
+  LIBRARIES Optrella::Optrella)
+add_dependencies(start-arguments-tests start-arguments-probe)
+
+optrella_probe(log-probe Platform/LogProbe.cpp)
+optrella_namespace_script(log-tests Platform/LogTests.py log-probe)
+optrella_probe(directory-probe Platform/DirectoryProbe.cpp)
+optrella_namespace_script(directory-tests Platform/DirectoryTests.py directory-probe)
+
+optrella_probe(pam-probe Pam/Probe.cpp)
+optrella_namespace_script(pam-tests Pam/PamTests.py pam-probe)
+
+# Root commands from the prompt to the end of the second start, with the real sudo and a scripted one.
+if(TARGET hosts)
+  optrella_probe(elevation-probe Elevation/ElevationProbe.cpp Elevation/Steps.cpp Support/Probe.cpp)
+  optrella_probe(fake-sudo Elevation/FakeSudo.cpp Elevation/Steps.cpp Support/Probe.cpp)
+  optrella_namespace_script(elevation-tests Elevation/ElevationTests.py
+    elevation-probe hosts fake-sudo)
+endif()
+
+if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")  # it brings its own compiler and sanitizers
+  add_subdirectory(MacOS)
+endif()
