@@ -11,7 +11,7 @@ mark_as_advanced(Utf8proc_INCLUDE_DIR Utf8proc_LIBRARY)
 include(FindPackageHandleStandardArgs)
 find_package_handle_standard_args(Utf8proc
   REQUIRED_VARS Utf8proc_LIBRARY Utf8proc_INCLUDE_DIR
-  REASON_FAILURE_MESSAGE "Debian and Ubuntu have it as libutf8proc-dev")
+  REASON_FAILURE_MESSAGE "Debian and Ubuntu have it as libutf8proc-dev, Homebrew as utf8proc")
 
 if(Utf8proc_FOUND AND NOT TARGET Utf8proc::Utf8proc)
   add_library(Utf8proc::Utf8proc UNKNOWN IMPORTED)
