@@ -99,6 +99,6 @@ if(TARGET hosts)
     elevation-probe hosts fake-sudo)
 endif()
 
-if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")  # it brings its own compiler and sanitizers
+if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize|--coverage")  # it brings its own compiler and sanitizers
   add_subdirectory(MacOS)
 endif()

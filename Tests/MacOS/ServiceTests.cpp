@@ -302,7 +302,7 @@ TEST_F(LogEntry, HasAMessageThatEndsWithinItsText) {
 
 TEST(LogHandle, IsMadeOnceWithTheSubsystemAndTheCategory) {
     // In a new process, which has not made it yet.
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
             services() = {};

@@ -33,7 +33,7 @@ using Tests::TimeLimit;
 
 // Where a queue of the system's does the work, what a test forks could not use it.
 class Started : public testing::Environment {
-    void SetUp() override { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+    void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 const testing::Environment* const started = testing::AddGlobalTestEnvironment(new Started);
 
