@@ -110,10 +110,10 @@ using Arguments = std::span<const Text>;
 // Of several owners the last one is taken, on purpose; hence backwards. Null when there is none.
 const ParameterProtocol* lastOwner(const Parameters& parameters, const Text& argument,
                                    Internal::CanonicalComparer& comparer) {
-    for (auto owner = parameters.rbegin(); owner != parameters.rend(); ++owner) {
-        for (const Text& tag : owner->common().tags) {
+    for (std::size_t i = parameters.size(); i-- > 0;) {
+        for (const Text& tag : parameters[i].common().tags) {
             if (tag.differsAtSight(argument)) continue;
-            if (comparer.areEqual(argument, tag)) return &*owner;
+            if (comparer.areEqual(argument, tag)) return &parameters[i];
         }
     }
     return nullptr;

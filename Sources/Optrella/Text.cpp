@@ -63,7 +63,7 @@ Text::Text(void* block, char* place, std::string_view bytes) noexcept {
 
 Text::Text(std::string_view bytes, CopyOf) {
     if (bytes.empty()) return;
-    Block* block = ::new (::operator new(sizeof(Block) + roomFor(bytes.size()))) Block{1};
+    auto* block = ::new (::operator new(sizeof(Block) + roomFor(bytes.size()))) Block{1};
     *this = Text(block, reinterpret_cast<char*>(block + 1), bytes);
 }
 
@@ -80,7 +80,7 @@ bool Text::equal(std::string_view left, std::string_view right) noexcept {
 Internal::TextBlock::TextBlock(std::span<const char* const> strings) : count_(strings.size()) {
     std::size_t size = sizeof(Block) + count_ * sizeof(Text);
     for (const char* string : strings) size += Text::roomFor(Text::viewOf(string).size());
-    Block* block = ::new (::operator new(size)) Block{1};
+    auto* block = ::new (::operator new(size)) Block{1};
     block_ = block;
     texts_ = reinterpret_cast<Text*>(block + 1);
     char* place = reinterpret_cast<char*>(texts_ + count_);

@@ -104,7 +104,7 @@ class Target(unittest.TestCase):
         names = set(self.succeed(f"{TOOLCHAIN}/bin/llvm-nm", "-u", library).split())
         self.assertEqual(names & NOT_THERE, set())
         self.assertEqual(THERE - names, set())
-        with open(f"{build}/prefix/lib/cmake/Optrella/OptrellaTargets.cmake", encoding="utf-8") as file:
+        with open(f"{build}/prefix/lib/cmake/Optrella/OptrellaStatic.cmake", encoding="utf-8") as file:
             self.assertIn(FRAMEWORKS, file.read())
 
     def test_the_library_for_arm64_is_built_and_installed(self):

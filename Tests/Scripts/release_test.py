@@ -97,11 +97,9 @@ class Release(unittest.TestCase):
         self.assert_caught(f"Packaging/vcpkg: FAILED: '9.9.9', not '{VERSION}'")
 
     def test_homebrew_formula_of_another_version_is_caught(self):
-        formula = self.root / "Packaging" / "Homebrew" / "optrella.rb"
-        formula.parent.mkdir(exist_ok=True)
-        formula.write_text('version "9.9.9"\n')
-        self.assert_caught(
-            f"Packaging/Homebrew/optrella.rb: FAILED: '9.9.9', not '{VERSION}'")
+        self.change("Packaging/Homebrew/optrella.rb", '  head "file:',
+                    '  url "https://optrella.example/optrella-9.9.9.tar.gz"\n  head "file:')
+        self.assert_caught(f"Packaging/Homebrew: FAILED: '9.9.9', not '{VERSION}'")
 
     def test_page_that_asks_for_another_version_is_caught(self):
         self.change("README.md", "find_package(Optrella 0.", "find_package(Optrella 9.")
