@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <memory>
 #include <string_view>
 
@@ -37,13 +36,13 @@ private:
     static constexpr std::string_view viewOf(std::string_view text) noexcept { return text; }
 
     void appendInPlace(std::string_view piece) noexcept {
-        std::memcpy(bytes_.get() + size_, piece.data(), piece.size());
+        std::copy(piece.begin(), piece.end(), bytes_.get() + size_);
         size_ += piece.size();
     }
     void makeRoomFor(std::size_t size) {
         room_ = std::max(2 * room_, size_ + size);
         std::unique_ptr<char[]> larger(new char[room_]);
-        if (size_ > 0) std::memcpy(larger.get(), bytes_.get(), size_);
+        std::copy_n(bytes_.get(), size_, larger.get());
         bytes_ = std::move(larger);
     }
 

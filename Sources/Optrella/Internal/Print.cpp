@@ -7,7 +7,7 @@
 namespace Optrella::Internal {
 
 void print(std::string_view text) {
-    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
+    if (!text.empty()) static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
 }
 
 void printLine(std::initializer_list<std::string_view> pieces) {
