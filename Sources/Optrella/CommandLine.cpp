@@ -110,10 +110,11 @@ using Arguments = std::span<const Text>;
 // Of several owners the last one is taken, on purpose; hence backwards. Null when there is none.
 const ParameterProtocol* lastOwner(const Parameters& parameters, const Text& argument,
                                    Internal::CanonicalComparer& comparer) {
-    for (std::size_t i = parameters.size(); i-- > 0;) {
-        for (const Text& tag : parameters[i].common().tags) {
+    auto owner = parameters.rbegin();
+    for (; owner != parameters.rend(); ++owner) {
+        for (const Text& tag : owner->common().tags) {
             if (tag.differsAtSight(argument)) continue;
-            if (comparer.areEqual(argument, tag)) return &parameters[i];
+            if (comparer.areEqual(argument, tag)) return &*owner;
         }
     }
     return nullptr;

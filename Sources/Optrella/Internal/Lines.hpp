@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <string_view>
 
@@ -36,7 +37,8 @@ private:
     static constexpr std::string_view viewOf(std::string_view text) noexcept { return text; }
 
     void appendInPlace(std::string_view piece) noexcept {
-        std::copy(piece.begin(), piece.end(), bytes_.get() + size_);
+        if (piece.empty()) return;
+        std::memcpy(bytes_.get() + size_, piece.data(), piece.size());
         size_ += piece.size();
     }
     void makeRoomFor(std::size_t size) {
