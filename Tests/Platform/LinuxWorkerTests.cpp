@@ -114,6 +114,29 @@ TEST(LinuxWorker, HasTheLowestPriorityAtMost) {
               19);
 }
 
+TEST(LinuxWorker, HasANiceValueOfFiveMoreThanANegativeOne) {
+    const int code = Tests::exitCodeOf([] {
+        if (::setpriority(PRIO_PROCESS, 0, -10) != 0) return Tests::notPossibleHere;
+        int nice = 0;
+        runOnWorker([&] { nice = ownNice(); });
+        return nice == -5 ? 0 : 1;
+    });
+    if (code == Tests::notPossibleHere) GTEST_SKIP() << "this user may not raise its priority";
+    EXPECT_EQ(code, 0);
+}
+
+TEST(LinuxWorker, IsNoRealTimeThreadOfARealTimeCaller) {
+    const int code = Tests::exitCodeOf([] {
+        const sched_param lowest{::sched_get_priority_min(SCHED_FIFO)};
+        if (::sched_setscheduler(0, SCHED_FIFO, &lowest) != 0) return Tests::notPossibleHere;
+        int policy = -1;
+        runOnWorker([&] { policy = ::sched_getscheduler(0); });
+        return policy == SCHED_OTHER && ::sched_getscheduler(0) == SCHED_FIFO ? 0 : 1;
+    });
+    if (code == Tests::notPossibleHere) GTEST_SKIP() << "this user may start no real-time thread";
+    EXPECT_EQ(code, 0);
+}
+
 TEST(LinuxWorker, KeepsTheSchedulingPolicyOfTheCaller) {
     int policy = -1;
     EXPECT_TRUE(runOnWorker([&] { policy = ::sched_getscheduler(0); }));
