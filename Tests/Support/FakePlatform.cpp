@@ -75,6 +75,7 @@ std::optional<std::string> currentDirectory() { return platform().currentDirecto
 void logInfo(const Log& log, std::string_view label, std::string_view message) {
     platform().logEntries.push_back(
         {log.subsystem, log.category, std::string(label), std::string(message)});
+    platform().errorWritesAtLastLogEntry = platform().errorWrites.size();
 }
 
 std::optional<std::string> bundleIdentifier() {

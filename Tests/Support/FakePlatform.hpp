@@ -58,6 +58,7 @@ struct FakePlatform {
     int threadsStarted = 0;
     std::vector<LogEntry> logEntries;
     std::vector<std::string> errorWrites;
+    std::size_t errorWritesAtLastLogEntry = 0;
     struct Child {
         std::string program;
         std::vector<std::string> arguments;

@@ -131,6 +131,12 @@ TEST_F(OutputErrorMessageTest, RecordsOneEntryWithTheNameOfItsFileAsCategory) {
     EXPECT_EQ(platform().logEntries, expected);
 }
 
+TEST_F(OutputErrorMessageTest, RecordsTheEntryBeforeItWrites) {
+    outputErrorMessage("message");
+    EXPECT_EQ(platform().logEntries.size(), 1U);
+    EXPECT_EQ(platform().errorWritesAtLastLogEntry, 0U);
+}
+
 TEST_F(OutputErrorMessageTest, PrintsNothingOnStandardOutput) {
     EXPECT_EQ(Tests::capture([] { outputErrorMessage("No such item"); }), Tests::Output());
 }
