@@ -595,6 +595,13 @@ TEST_F(ParseTest, RunsTheToolAgainWithItsOwnStartArgumentsAndNotWithThePassedInO
         testing::ExitedWithCode(0), testing::Eq("the end"));
 }
 
+TEST_F(ParseTest, FindsATagThatTheArgumentIsCanonicallyEqualToInOtherBytes) {
+    const ParameterNone kelvin{{"K"}, ""};
+    const ParameterNone accented{{"caf\u00E9"}, ""};
+    EXPECT_EQ(given(command({kelvin}), {"tool", "\u212A"}).size(), 1U);
+    EXPECT_EQ(given(command({accented}), {"tool", "cafe\u0301"}).size(), 1U);
+}
+
 TEST_F(ParseTest, WorksWithinAnAction) {
     Texts order;
     const auto inner = running({flagB}, [&](const Parameters&) { order.emplace_back("inner"); });
