@@ -45,9 +45,9 @@ std::optional<parsingError> fromRawValue<parsingError>(const Text& text) noexcep
 // ---- Marks ----
 
 // Most declarations have nothing to do with an argument. So that they need not be searched, each
-// knows which marks no tag of its has. A tag has two marks in each half; an argument that has one
-// that is absent is no tag. That holds where both are ASCII. What equals another text does not show
-// in its bytes: such a tag has all marks, and such an argument none.
+// knows which marks none of its tags has. A tag has two marks in each half; an argument that has
+// one that is absent is no tag. That holds where both are ASCII. What equals another text does not
+// show in its bytes: such a tag has all marks, and such an argument none.
 
 namespace {
 
@@ -124,6 +124,11 @@ const ParameterProtocol* lastOwner(const Parameters& parameters, const Text& arg
 struct Given {
     const ParameterProtocol* declared;
     const Text* value;  // null for a flag
+
+    // Whether the kind's own storeUserValue is to be called: a tool may see that.
+    [[nodiscard]] bool isStoredByTheKind() const noexcept {
+        return value != nullptr && !declared->storesByDefault();
+    }
 };
 
 // The given parameters out of one list of a declaration, in the order of the arguments.
@@ -144,7 +149,7 @@ public:
             more_.push_back(given);
         }
         ++size_;
-        if (given.value != nullptr && !given.declared->storesByDefault()) {
+        if (given.isStoredByTheKind()) {
             stored_.push_back(*given.declared);
             stored_.back().storeUserValue(*given.value);
         }
@@ -156,7 +161,7 @@ public:
         const std::span<const Given> few(few_, std::min(size_, fewest));
         for (const std::span<const Given> part : {few, std::span<const Given>(more_)}) {
             for (const Given& given : part) {
-                if (given.value != nullptr && !given.declared->storesByDefault()) {
+                if (given.isStoredByTheKind()) {
                     filled.emplace_back(std::move(*stored++));
                     continue;
                 }
@@ -172,9 +177,8 @@ private:
     Given few_[fewest];
     std::vector<Given> more_;
     std::size_t size_ = 0;
-    // Of the parameters whose kind replaces storeUserValue: a tool may see that call, so it is made
-    // while the arguments are matched, once, whatever comes of it. All other copies wait until it
-    // is known that they are needed.
+    // Those that the kind stores, made while the arguments are matched, once, whatever comes of it.
+    // All other copies wait until it is known that they are needed.
     Parameters stored_;
 };
 
