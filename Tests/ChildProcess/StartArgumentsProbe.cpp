@@ -4,6 +4,7 @@
 //   pointers      main points the array elsewhere
 //   bytes         main overwrites the arguments themselves
 //   removal       main removes the first argument after its name, as option parsers do
+//   constructor   a constructor of the program overwrites the arguments themselves
 //   early         before everything else the environment is moved and the array pointed elsewhere
 //   chroot        before everything else /proc is put out of reach
 //   early chroot  both
@@ -44,13 +45,22 @@ void pointElsewhere(int argc, char* argv[]) {
     if (wished.ends_with("chroot") && (::chroot("/dev") != 0 || ::chdir("/") != 0)) ::_exit(77);
 }
 
+void overwrite(int argc, char* argv[]) {
+    for (int i = 0; i < argc; ++i) std::memset(argv[i], '#', std::strlen(argv[i]));
+}
+
+// As early as a program may have it that leaves the first place to the library.
+[[gnu::constructor(102)]] void change(int argc, char* argv[], char**) {
+    if (wish() == "constructor") overwrite(argc, argv);
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
     if (wish() == "pointers") {
         pointElsewhere(argc, argv);
     } else if (wish() == "bytes") {
-        for (int i = 0; i < argc; ++i) std::memset(argv[i], '#', std::strlen(argv[i]));
+        overwrite(argc, argv);
     } else if (wish() == "removal" && argc > 1) {
         for (int i = 1; i < argc; ++i) argv[i] = argv[i + 1];
     }

@@ -93,6 +93,10 @@ TEST(StartArguments, AreNotWhatMainHasPointedTheArrayTo) { expectTold(unusual, "
 
 TEST(StartArguments, AreNotWhatMainHasWrittenOverThem) { expectTold(unusual, "bytes"); }
 
+TEST(StartArguments, AreNotWhatAConstructorHasWrittenOverThem) {
+    expectTold(unusual, "constructor");
+}
+
 TEST(StartArguments, AreAllThoughMainHasRemovedOne) { expectTold(usual, "removal"); }
 
 TEST(StartArguments, ComeFromTheSystemWhereTheArrayIsNotPassed) {

@@ -13,7 +13,7 @@
 //   handling           the signals that are not at their default, and whose handling they have
 //   descriptors        how many descriptors and threads there are
 //   close NUMBER       closes a descriptor
-//   open COUNT         opens so many descriptors
+//   open NUMBER        opens descriptors until this one is the next
 
 #include <fcntl.h>
 #include <signal.h>
@@ -112,14 +112,14 @@ std::ptrdiff_t entries(const char* folder) {
                          std::filesystem::directory_iterator());
 }
 
-void openMany(int count) {
+void openUpTo(int next) {
     rlimit limit{};
     ::getrlimit(RLIMIT_NOFILE, &limit);
     limit.rlim_cur = limit.rlim_max;
     ::setrlimit(RLIMIT_NOFILE, &limit);
     int opened = 0;
-    while (opened < count && ::open("/dev/null", O_RDONLY | O_CLOEXEC) >= 0) ++opened;
-    report(std::to_string(opened) + " opened");
+    while (opened >= 0 && opened < next - 1) opened = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    report(opened == next - 1 ? "opened" : "not opened");
 }
 
 bool does(const std::string& word) {
@@ -157,7 +157,7 @@ bool does(const std::string& word, const char* argument) {
     } else if (word == "close") {
         ::close(std::atoi(argument));
     } else if (word == "open") {
-        openMany(std::atoi(argument));
+        openUpTo(std::atoi(argument));
     } else {
         return false;
     }

@@ -518,13 +518,22 @@ class Resources(TerminalTest):
                 flags = dict(line.split(":", 1) for line in file)["flags"]
             self.assertTrue(int(flags, 8) & os.O_CLOEXEC, number)
 
-    def test_that_are_used_up_are_nothing(self):
-        program = self.run_probe("open", "1100", "read", "thread")
-        self.assertEqual(program.finish(), 0)
-        if program.lines[0] != "1100 opened":
-            self.skipTest("so many files may not be opened here")
-        self.assertEqual(program.lines[1:], ["none", "none"])
-        self.assertEqual(self.terminal.take_shown(), b"")
+    # select() knows descriptors up to 1023; the terminal is followed by the pipe of the signals.
+
+    def test_that_can_just_be_waited_for_are_read(self):
+        program = self.run_probe("open", "1022", "read")
+        self.assertEqual(program.answer(b"right\n"), PROMPT)
+        self.expect_end(program, 0, ["opened", text(b"right")])
+
+    def test_that_cannot_be_waited_for_are_nothing(self):
+        for terminal in ("1023", "1024", "1100"):
+            with self.subTest(terminal=terminal):
+                program = self.run_probe("open", terminal, "read", "thread")
+                self.assertEqual(program.finish(), 0)
+                if program.lines[0] != "opened":
+                    self.skipTest("so many files may not be opened here")
+                self.assertEqual(program.lines[1:], ["none", "none"])
+                self.assertEqual(self.terminal.take_shown(), b"")
 
 
 def main():
