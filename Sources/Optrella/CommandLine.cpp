@@ -54,7 +54,7 @@ namespace {
 using Internal::Marks;
 
 Marks marksOf(const Text& ascii) noexcept {
-    const auto mark = [fingerprint = ascii.fingerprint()](unsigned place) {
+    const auto mark = [fingerprint = Internal::AtSight(ascii).fingerprint()](unsigned place) {
         return std::uint64_t{1} << (fingerprint >> place) % 64;
     };
     return {mark(0) | mark(6), mark(12) | mark(18)};
@@ -110,10 +110,11 @@ using Arguments = std::span<const Text>;
 // Of several owners the last one is taken, on purpose; hence backwards. Null when there is none.
 const ParameterProtocol* lastOwner(const Parameters& parameters, const Text& argument,
                                    Internal::CanonicalComparer& comparer) {
+    const Internal::AtSight seen(argument);
     auto owner = parameters.rbegin();
     for (; owner != parameters.rend(); ++owner) {
         for (const Text& tag : owner->common().tags) {
-            if (tag.differsAtSight(argument)) continue;
+            if (seen.differsFrom(tag)) continue;
             if (comparer.areEqual(argument, tag)) return &*owner;
         }
     }

@@ -24,6 +24,7 @@ class Text;
 
 namespace Internal {
 
+class AtSight;    // what a text tells before anyone looks at its bytes
 class TextBlock;  // makes texts that share one block of the heap
 
 // Ends the process at once, without a message.
@@ -118,27 +119,16 @@ public:
     // The number of bytes, and whether there are none.
     [[nodiscard]] constexpr std::size_t size() const noexcept { return description_ >> sizePlace; }
     [[nodiscard]] constexpr bool empty() const noexcept { return size() == 0; }
-    // Some bits of a hash of the bytes: ASCII texts that differ in them are not equal.
-    [[nodiscard]] constexpr unsigned fingerprint() const noexcept {
-        return static_cast<unsigned>(description_ >> fingerprintPlace) &
-               ((1U << fingerprintSize) - 1);
-    }
     // Whether all bytes are below 0x80.
     [[nodiscard]] constexpr bool isASCII() const noexcept {
         return (description_ & asciiFlag) != 0;
-    }
-    // Whether nobody need look at the bytes to know that both are not equal. Of ASCII texts that
-    // are not equal it is false for one in many.
-    [[nodiscard]] constexpr bool differsAtSight(const Text& other) const noexcept {
-        return ((description_ ^ other.description_) & ~sharedFlag) != 0 &&
-               (description_ & other.description_ & asciiFlag) != 0;
     }
 
     // Whether both are canonically equivalent: case counts, blanks count, the way in which an
     // accented letter is written does not. A text with bytes that are not UTF-8 equals only itself.
     // STOPS the process when compared with a null pointer.
     friend bool operator==(const Text& left, const Text& right) noexcept {
-        return !left.differsAtSight(right) && equal(left, right);
+        return !differAtSight(left.description_, right.description_) && equal(left, right);
     }
     template <Internal::TextComparable S>
     friend bool operator==(const Text& left, const S& right) noexcept {
@@ -153,6 +143,7 @@ public:
     }
 
 private:
+    friend class Internal::AtSight;
     friend class Internal::TextBlock;
 
     enum CopyOf { copyOf };
@@ -171,6 +162,12 @@ private:
     static constexpr unsigned fingerprintPlace = 2;
     static constexpr unsigned fingerprintSize = 24;
     static constexpr unsigned sizePlace = fingerprintPlace + fingerprintSize;
+
+    // Whether texts that are described so are not equal, whatever their bytes. Of ASCII texts that
+    // are not equal it is false for one in many.
+    static constexpr bool differAtSight(std::uint64_t left, std::uint64_t right) noexcept {
+        return ((left ^ right) & ~sharedFlag) != 0 && (left & right & asciiFlag) != 0;
+    }
 
     // The bytes are described eight at a time, as a number with the first one lowest and zeros
     // behind the last.
