@@ -108,14 +108,13 @@ namespace {
 using Arguments = std::span<const Text>;
 
 // Of several owners the last one is taken, on purpose; hence backwards. Null when there is none.
-const ParameterProtocol* lastOwner(const Parameters& parameters, const Text& argument,
-                                   Internal::CanonicalComparer& comparer) {
+// Inline, because most searches are shorter than a call.
+inline const ParameterProtocol* lastOwner(const Parameters& parameters, const Text& argument,
+                                          Internal::CanonicalComparer& comparer) {
     const Internal::AtSight seen(argument);
-    auto owner = parameters.rbegin();
-    for (; owner != parameters.rend(); ++owner) {
+    for (auto owner = parameters.rbegin(); owner != parameters.rend(); ++owner) {
         for (const Text& tag : owner->common().tags) {
-            if (seen.differsFrom(tag)) continue;
-            if (comparer.areEqual(argument, tag)) return &*owner;
+            if (!seen.differsFrom(tag) && comparer.areEqual(argument, tag)) return &*owner;
         }
     }
     return nullptr;
@@ -166,8 +165,9 @@ public:
                     filled.emplace_back(std::move(*stored++));
                     continue;
                 }
+                // Stored as every kind does that does not say otherwise.
                 ParameterProtocol& copy = filled.emplace_back(*given.declared);
-                if (given.value != nullptr) copy.storeUserValue(*given.value);
+                if (given.value != nullptr) copy.common().userValue = *given.value;
             }
         }
     }
@@ -226,6 +226,13 @@ bool fits(const CommandLinePossibility& declaration, Arguments arguments,
     // makes up for another one that is missing.
     return takesAll(match, arguments, comparer) &&
            match.required.size() == Declaration::required(declaration).size();
+}
+
+// For any but the first fit: how does not matter.
+bool fitsToo(const CommandLinePossibility& declaration, Arguments arguments,
+             Internal::CanonicalComparer& comparer) {
+    Match other;
+    return fits(declaration, arguments, comparer, other);
 }
 
 Internal::Fit filledIn(Match& match) {
@@ -322,12 +329,13 @@ parsingError runTheOnlyFit(CommandList commandList, Arguments arguments) {
     };
     Internal::CanonicalComparer comparer;
     Match first;
-    Match other;
     std::size_t matches = 0;
     const auto end = commandList.end();
     for (auto declaration = std::find_if(commandList.begin(), end, mayFit); declaration != end;
          declaration = std::find_if(declaration + 1, end, mayFit)) {
-        if (fits(*declaration, arguments, comparer, matches == 0 ? first : other)) ++matches;
+        const bool isFit = matches == 0 ? fits(*declaration, arguments, comparer, first)
+                                        : fitsToo(*declaration, arguments, comparer);
+        if (isFit) ++matches;
     }
     if (matches == 0) {
         Internal::printLine({Internal::rendered(arguments),

@@ -130,11 +130,12 @@ constinit const Internal::KindOperations Internal::KindTable<ParameterFileURL>::
 
 void ParameterProtocol::takeFrom(ParameterProtocol& other) noexcept {
     if (operations_->move != nullptr) {
-        operations_->move(other.storage_, storage_);
+        common_ = operations_->move(other.storage_, storage_);
     } else {
+        common_ = other.common_;
         std::memcpy(storage_, other.storage_, sizeof(void*));
         other.operations_ = &Internal::KindTable<ParameterNone>::operations;
-        ::new (other.storage_) ParameterNone(Tags(), Text());
+        other.common_ = Held<ParameterNone>::make(ParameterNone(Tags(), Text()), other.storage_);
     }
 }
 
@@ -161,7 +162,7 @@ std::optional<std::int64_t> decimal(std::string_view text) noexcept {
 }  // namespace
 
 std::int64_t ParameterNumber::getValue() const noexcept {
-    return decimal(common.userValue).value_or(defaultValue_);
+    return decimal(common.userValue).value_or(defaultValue());
 }
 
 // ---- Lists ----

@@ -219,12 +219,12 @@ concept HasForeignDefaults = requires(const Kind& kind) {
 // What a parameter of one kind can do with the storage that holds it. There is one such object for
 // each kind: its address is the kind's identity.
 struct OPTRELLA_API KindOperations {
-    commonDetails& (*common)(void* storage) noexcept;
     std::optional<Text> (*validate)(const void* storage);
     bool (*isEqualTo)(const ParameterProtocol& self, const ParameterProtocol& other);
     void (*storeUserValue)(void* storage, Text&& newValue);
-    void (*copy)(const void* from, void* to);
-    void (*move)(void* from, void* to) noexcept;  // null when the storage holds but a pointer
+    // Both tell where the `common` of the new one is.
+    commonDetails* (*copy)(const void* from, void* to);
+    commonDetails* (*move)(void* from, void* to) noexcept;  // null when it holds but a pointer
     void (*destroy)(void* storage) noexcept;
     bool storesByDefault;
 };
@@ -261,9 +261,8 @@ public:
     ParameterProtocol(Given&& kindWithoutCommon) = delete;
 
     // As the class says.
-    ParameterProtocol(const ParameterProtocol& other) : operations_(other.operations_) {
-        operations_->copy(other.storage_, storage_);
-    }
+    ParameterProtocol(const ParameterProtocol& other)
+        : operations_(other.operations_), common_(operations_->copy(other.storage_, storage_)) {}
     ParameterProtocol(ParameterProtocol&& other) noexcept : operations_(other.operations_) {
         takeFrom(other);
     }
@@ -276,10 +275,8 @@ public:
     ~ParameterProtocol() { operations_->destroy(storage_); }
 
     // What every parameter carries: a part of the held parameter, which lives as long as it does.
-    [[nodiscard]] const commonDetails& common() const noexcept {
-        return operations_->common(const_cast<std::byte*>(storage_));
-    }
-    [[nodiscard]] commonDetails& common() noexcept { return operations_->common(storage_); }
+    [[nodiscard]] const commonDetails& common() const noexcept { return *common_; }
+    [[nodiscard]] commonDetails& common() noexcept { return *common_; }
 
     // Why the stored value is not acceptable, or nothing when it is. By default: nothing.
     [[nodiscard]] std::optional<Text> validate() const { return operations_->validate(storage_); }
@@ -318,12 +315,13 @@ private:
     template <class Kind>
     struct Held;
 
-    static constexpr std::size_t inlineSize = 120;  // the largest of the six kinds
+    static constexpr std::size_t inlineSize = 112;  // the largest of the six kinds
 
-    // Takes what `other` holds; operations_ is already other's, storage_ holds nothing.
+    // Takes what `other` holds; operations_ is already other's, the rest holds nothing.
     void takeFrom(ParameterProtocol& other) noexcept;
 
     const Internal::KindOperations* operations_;
+    commonDetails* common_;                         // within the kind
     alignas(void*) std::byte storage_[inlineSize];  // the kind, or a pointer to it
 };
 
@@ -407,7 +405,7 @@ struct OPTRELLA_API ParameterNumber final : ParameterDefaults<ParameterNumber> {
         return rangeMax_;
     }
     // What getValue returns for a text that is no number: -1.
-    [[nodiscard]] constexpr std::int64_t defaultValue() const noexcept { return defaultValue_; }
+    [[nodiscard]] constexpr std::int64_t defaultValue() const noexcept { return -1; }
 
     // The number that was given, or defaultValue() for any text that is not an optional sign and
     // ASCII digits within 64 bits.
@@ -416,7 +414,6 @@ struct OPTRELLA_API ParameterNumber final : ParameterDefaults<ParameterNumber> {
 private:
     std::int64_t rangeMin_;
     std::int64_t rangeMax_;
-    std::int64_t defaultValue_ = -1;
 };
 
 namespace Internal {
@@ -569,12 +566,13 @@ struct ParameterProtocol::Held {
                                      std::is_nothrow_move_constructible_v<Kind>;
 
     template <class Given>
-    static void make(Given&& kind, void* storage) {
+    static commonDetails* make(Given&& kind, void* storage) {
         if constexpr (isInline) {
             ::new (storage) Kind(std::forward<Given>(kind));
         } else {
             ::new (storage) void*(new Kind(std::forward<Given>(kind)));
         }
+        return &get(storage).common;
     }
     static const Kind& get(const void* storage) noexcept {
         if constexpr (isInline) {
@@ -587,7 +585,6 @@ struct ParameterProtocol::Held {
         return const_cast<Kind&>(get(static_cast<const void*>(storage)));
     }
 
-    static commonDetails& common(void* storage) noexcept { return get(storage).common; }
     static std::optional<Text> validate([[maybe_unused]] const void* storage) {
         if constexpr (Internal::HasValidate<Kind>) {
             return get(storage).validate();
@@ -610,8 +607,10 @@ struct ParameterProtocol::Held {
             get(storage).common.userValue = std::move(newValue);
         }
     }
-    static void copy(const void* from, void* to) { make(get(from), to); }
-    static void move(void* from, void* to) noexcept { make(std::move(get(from)), to); }
+    static commonDetails* copy(const void* from, void* to) { return make(get(from), to); }
+    static commonDetails* move(void* from, void* to) noexcept {
+        return make(std::move(get(from)), to);
+    }
     static void destroy(void* storage) noexcept {
         if constexpr (isInline) {
             get(storage).~Kind();
@@ -621,10 +620,13 @@ struct ParameterProtocol::Held {
     }
 
     static constexpr Internal::KindOperations operations{
-        common,    validate,
-        isEqualTo, storeUserValue,
-        copy,      isInline ? &move : nullptr,
-        destroy,   !Internal::HasStoreUserValue<Kind> || Internal::InheritsStoreUserValue<Kind>};
+        validate,
+        isEqualTo,
+        storeUserValue,
+        copy,
+        isInline ? &move : nullptr,
+        destroy,
+        !Internal::HasStoreUserValue<Kind> || Internal::InheritsStoreUserValue<Kind>};
 };
 
 template <class Kind>
@@ -663,7 +665,7 @@ ParameterProtocol::ParameterProtocol(Given&& kind)
     static_assert(!Internal::HasForeignDefaults<Kind>,
                   "a kind that inherits ParameterDefaults must name itself: "
                   "struct Kind : ParameterDefaults<Kind>");
-    Held<Kind>::make(std::forward<Given>(kind), storage_);
+    common_ = Held<Kind>::make(std::forward<Given>(kind), storage_);
 }
 
 }  // namespace Optrella

@@ -50,12 +50,13 @@ void textLiteralHoldsNUL() noexcept { fatalStop(); }
 
 }  // namespace Internal
 
-Text::Text(void* block, char* place, std::string_view bytes) noexcept {
+inline Text::Text(void* block, char* place, std::string_view bytes) noexcept
+    : bytes_(place + sizeof(Distance)) {
     char* copy = place + sizeof(Distance);
     const auto distance = static_cast<Distance>(copy - static_cast<char*>(block));
     std::memcpy(place, &distance, sizeof distance);
     std::memset(copy + bytes.size() / wordSize * wordSize, 0, wordSize);
-    bytes_ = static_cast<const char*>(std::memcpy(copy, bytes.data(), bytes.size()));
+    std::memcpy(copy, bytes.data(), bytes.size());
     Description description;
     for (std::size_t i = 0; i < bytes.size(); i += wordSize) description.add(wordAt(bytes_ + i));
     description_ = description.of(bytes.size()) | sharedFlag;

@@ -69,6 +69,11 @@ struct Templated {
     Value value{};
 };
 
+struct CommonBehind {
+    int before = 0;
+    commonDetails common;
+};
+
 struct Base {
     commonDetails common;
 };
@@ -97,8 +102,9 @@ protected:
     Kind declared = declaredKind<Kind>();
 };
 
-using EveryMake = testing::Types<Plain, WithConstructor, WithDefaults, Big, Aligned, ThrowingMove,
-                                 Final, Templated<int>, Templated<std::string>, Base, Derived>;
+using EveryMake =
+    testing::Types<Plain, WithConstructor, WithDefaults, Big, Aligned, ThrowingMove, Final,
+                   Templated<int>, Templated<std::string>, CommonBehind, Base, Derived>;
 TYPED_TEST_SUITE(OwnKind, EveryMake);
 
 TYPED_TEST(OwnKind, IsFoundAgainByItsDeclaration) {

@@ -561,7 +561,7 @@ TEST(PathEnumerations, AreOneByteWideAndHash) {
 TEST(ParameterProtocol, SizesStayWhatADeclarationWasMeasuredWith) {
     static_assert(sizeof(Text) == 16);
     static_assert(sizeof(commonDetails) == 96);
-    static_assert(sizeof(ParameterNumber) == 120);
+    static_assert(sizeof(ParameterNumber) == 112);
     static_assert(sizeof(ParameterProtocol) == 128);
 }
 
