@@ -39,7 +39,7 @@ SInt32 __wrap_CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds, Boo
 namespace {
 
 TEST(MacOSWorker, ReleasesACallerWhoseLoopDoesNotRunYet) {
-    const TimeLimit limit(30);
+    const TimeLimit limit;
     for (int i = 0; i < 20; ++i) {
         std::atomic<bool> hasEnded = false;
         awaited = &hasEnded;

@@ -83,7 +83,7 @@ TEST(MacOSWorker, IsOfTheBackgroundClass) {
 // ---- The end of the wait ----
 
 TEST(MacOSWorker, ReleasesACallerWhoComesToTheWaitLate) {
-    const TimeLimit limit(30);
+    const TimeLimit limit;
     for (int i = 0; i < 20; ++i) {
         std::atomic<bool> hasEnded = false;
         // The loop has begun, and nobody waits yet, until some time after the end of the work.
@@ -96,7 +96,7 @@ TEST(MacOSWorker, ReleasesACallerWhoComesToTheWaitLate) {
 }
 
 TEST(MacOSWorker, ReleasesACallerWhoIsAboutToWait) {
-    const TimeLimit limit(30);
+    const TimeLimit limit;
     for (int i = 0; i < 20; ++i) {
         std::atomic<bool> isAboutTo = false;
         std::atomic<bool> hasEnded = false;
@@ -113,12 +113,12 @@ TEST(MacOSWorker, ReleasesACallerWhoIsAboutToWait) {
 }
 
 TEST(MacOSWorker, ReleasesACallerWhoWaits) {
-    const TimeLimit limit(10);
+    const TimeLimit limit;
     EXPECT_TRUE(runOnWorker([] { std::this_thread::sleep_for(20ms); }));
 }
 
 TEST(MacOSWorker, IsNotLeftBecauseTheWorkStopsTheLoop) {
-    const TimeLimit limit(10);
+    const TimeLimit limit;
     const CFRunLoopRef loop = CFRunLoopGetCurrent();
     std::atomic<bool> hasEnded = false;
     EXPECT_TRUE(runOnWorker([&] {
@@ -132,7 +132,7 @@ TEST(MacOSWorker, IsNotLeftBecauseTheWorkStopsTheLoop) {
 }
 
 TEST(MacOSWorker, IsNotLeftBecauseOthersStopTheLoop) {
-    const TimeLimit limit(30);
+    const TimeLimit limit;
     const CFRunLoopRef loop = CFRunLoopGetCurrent();
     std::atomic<bool> isOver = false;
     std::atomic<int> stops = 0;
@@ -161,7 +161,7 @@ TEST(MacOSWorker, IsNotLeftBecauseOthersStopTheLoop) {
 // ---- The loop ----
 
 TEST(MacOSWorker, LetsTheLoopDoItsOtherWorkMeanwhile) {
-    const TimeLimit limit(10);
+    const TimeLimit limit;
     std::atomic<int> ticks = 0;
     const Timer timer(0, 0.001, [&] { ++ticks; });
     EXPECT_TRUE(runOnWorker([&] {
@@ -171,7 +171,7 @@ TEST(MacOSWorker, LetsTheLoopDoItsOtherWorkMeanwhile) {
 }
 
 TEST(MacOSWorker, WorksFromTheLoopThatAnotherOneWaitsIn) {
-    const TimeLimit limit(10);
+    const TimeLimit limit;
     std::vector<int> order;
     std::atomic<bool> hasBegun = false;
     std::atomic<bool> hasOuterEnded = false;
@@ -203,7 +203,7 @@ TEST(MacOSWorker, LeavesNothingOnTheLoop) {
 }
 
 TEST(MacOSWorker, LeavesNoStopBehindForTheNextRunOfTheLoop) {
-    const TimeLimit limit(10);
+    const TimeLimit limit;
     for (int i = 0; i < 200; ++i) {
         ASSERT_TRUE(runOnWorker([] {}));
         bool hasTicked = false;
@@ -214,7 +214,7 @@ TEST(MacOSWorker, LeavesNoStopBehindForTheNextRunOfTheLoop) {
 }
 
 TEST(MacOSWorker, OutlivesTheThreadOfItsCaller) {
-    const TimeLimit limit(60);
+    const TimeLimit limit;
     std::atomic<int> runs = 0;
     // The thread, its loop and the frame of the call are gone at the moment of the wake-up, or
     // soon.

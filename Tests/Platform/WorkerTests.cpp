@@ -78,7 +78,7 @@ TEST(Worker, LeavesWhatTheWorkWroteToBeRead) {
 
 // Not deeper: a queue may take a second to find out that all its threads wait.
 TEST(Worker, WorksWithinWork) {
-    const TimeLimit limit(10);
+    const TimeLimit limit;
     std::vector<int> depths;
     const std::function<bool(int)> descend = [&](int depth) {
         return depth > 4 || runOnWorker([&, depth] {
@@ -92,7 +92,7 @@ TEST(Worker, WorksWithinWork) {
 }
 
 TEST(Worker, HandsOverTwentyThousandTimes) {
-    const TimeLimit limit(60);
+    const TimeLimit limit;
     int runs = 0;
     for (int i = 0; i < 20'000; ++i) {
         ASSERT_TRUE(runOnWorker([&] { ++runs; })) << i;
@@ -101,7 +101,7 @@ TEST(Worker, HandsOverTwentyThousandTimes) {
 }
 
 TEST(Worker, WorksOnEightThreadsAtOnce) {
-    const TimeLimit limit(30);
+    const TimeLimit limit;
     std::vector<int> runs(8);
     std::vector<std::thread> callers;
     for (int& count : runs) {
@@ -123,7 +123,7 @@ extern "C" void countInterruption(int) {
 }
 
 TEST(Worker, WaitsOnThroughSignals) {
-    const TimeLimit limit(10);
+    const TimeLimit limit;
     interrupted = ::pthread_self();
     interruptions = 0;
     struct sigaction action {};
@@ -174,7 +174,7 @@ TEST(Worker, WaitsOnThroughATimerThatNeverRests) {
 // ---- Beneath parse ----
 
 TEST(ParseOnTheWorker, LeavesNoDescriptorOpenInTenThousandCalls) {
-    const TimeLimit limit(60);
+    const TimeLimit limit;
     int runs = 0;
     const CommandLinePossibility declarations[] = {go([&](const Parameters&) { ++runs; })};
     const std::vector<Text> arguments{"tool", "go"};
@@ -189,7 +189,7 @@ TEST(ParseOnTheWorker, LeavesNoDescriptorOpenInTenThousandCalls) {
 }
 
 TEST(ParseOnTheWorker, WorksWithinAnAction) {
-    const TimeLimit limit(10);
+    const TimeLimit limit;
     std::vector<parsingError> results;
     int depth = 0;
     std::vector<CommandLinePossibility> declarations;
@@ -202,7 +202,7 @@ TEST(ParseOnTheWorker, WorksWithinAnAction) {
 }
 
 TEST(ParseOnTheWorker, WorksOnEightThreadsAtOnce) {
-    const TimeLimit limit(10);
+    const TimeLimit limit;
     std::atomic<int> runs = 0;
     std::atomic<int> successes = 0;
     const CommandLinePossibility declarations[] = {go([&](const Parameters&) { ++runs; })};
