@@ -31,13 +31,14 @@ void appendHelpLine(Lines& lines, const CommandLinePossibility& possibility) {
 
 void appendChoices(Listing& listing, const ListOptions& options) {
     Lines& lines = listing.descriptions;
+    const std::size_t begin = lines.size();
     lines.append("        Must be one of: ");
     for (const ParameterNone& option : options) {
         if (option.common.tags.empty()) stopBehind(listing);
         lines.append(option.firstTag(), ", ");
     }
     // Without choices this takes the ": " of the fixed text.
-    lines.shorten(Internal::sizeOfLastCharacters(lines, 2));
+    lines.shorten(Internal::sizeOfLastCharacters(lines.from(begin), 2));
     lines.append("\n");
 }
 
@@ -60,12 +61,13 @@ namespace Internal {
 
 void formTagHelp(Lines& lines, const ParameterProtocol& option, bool optional) {
     const commonDetails& common = option.common();
+    const std::size_t begin = lines.size();
     if (optional) lines.append("[ ");
     for (const Text& tag : common.tags) {
         lines.append(tag, "|");
     }
     // The last bar; without tags, the blank of "[ ".
-    lines.shorten(sizeOfLastCharacters(lines, 1));
+    lines.shorten(sizeOfLastCharacters(lines.from(begin), 1));
     if (common.hasParameter) lines.append(" <", common.parameterName, "> ");
     if (optional) lines.append(" ]");
 }

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <string>
 
 #include "Optrella/Internal/Help.hpp"
@@ -70,6 +71,20 @@ TEST(FormTagHelp, TakesTheLastUserPerceivedCharacterAway) {
 TEST(FormTagHelp, AnOptionalParameterWithoutTagsLosesTheBlank) {
     EXPECT_EQ(formTagHelp(bareFlag, true), "[ ]");
     EXPECT_EQ(formTagHelp(bareValue, true), "[ <path>  ]");
+}
+
+// Where a character begins may depend on all that stands before it; here on one synopsis alone.
+TEST(FormTagHelp, TakesTimeForItsOwnSynopsisAlone) {
+    const ParameterList accented{{"\u00e9"}, {"\u00e9"}, "", ""};
+    const CommandLinePossibility possibility =
+        shownCommand(Parameters(20'000, accented), Parameters(20'000, accented), "");
+    const std::clock_t begin = std::clock();
+    const std::string listing = help(possibility);
+    // A multiple of what it needs on a slow machine, far less than what grows with the square.
+    EXPECT_LT(std::clock() - begin, 5 * CLOCKS_PER_SEC);
+    EXPECT_TRUE(listing.starts_with("\n\u00e9 <>  \u00e9 <>  "));
+    EXPECT_TRUE(
+        listing.ends_with("Must be one of: \u00e9\n      -  \n        Must be one of: \u00e9\n\n"));
 }
 
 // ---- Parameter lists ----

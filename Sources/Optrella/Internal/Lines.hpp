@@ -25,7 +25,12 @@ public:
         if (room_ - size_ < size) makeRoomFor(size);
         (appendInPlace(viewOf(pieces)), ...);
     }
-    // REQUIRES: size <= the number of bytes.
+    // The number of bytes, and those behind the first few. REQUIRES: begin <= size().
+    [[nodiscard]] std::size_t size() const noexcept { return size_; }
+    [[nodiscard]] std::string_view from(std::size_t begin) const noexcept {
+        return {bytes_.get() + begin, size_ - begin};
+    }
+    // REQUIRES: size <= size().
     void shorten(std::size_t size) noexcept { size_ -= size; }
     void clear() noexcept { size_ = 0; }
 
