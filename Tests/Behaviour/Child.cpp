@@ -152,14 +152,16 @@ private:
 void waitForEnd(pid_t child) {
     siginfo_t info{};
     const auto id = static_cast<id_t>(child);
-    uninterrupted([&] { return ::waitid(P_PID, id, &info, WEXITED | WNOWAIT); });
+    if (uninterrupted([&] { return ::waitid(P_PID, id, &info, WEXITED | WNOWAIT); }) != 0) {
+        fail("waitid");
+    }
 }
 
 // The group first: while its leader has not been reaped, the number belongs to nobody else.
 int endGroup(pid_t child) {
     ::kill(-child, SIGKILL);
     int status = 0;
-    uninterrupted([&] { return ::waitpid(child, &status, 0); });
+    if (uninterrupted([&] { return ::waitpid(child, &status, 0); }) != child) fail("waitpid");
     return status;
 }
 

@@ -4,6 +4,7 @@
 //
 // It judges nothing. README.md describes the format.
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -127,9 +128,20 @@ std::optional<Seconds> limitOf(int argc, char* argv[]) {
     return Seconds(seconds);
 }
 
+// Whoever starts the runner may have closed a standard stream, whose number a pipe would get, or
+// ignore the ends of children, which then leave no status. What is written to a stream that is
+// missing fails as before.
+void takeSurroundings() {
+    int opened = 0;
+    while (opened >= 0 && opened <= STDERR_FILENO) opened = ::open("/dev/null", O_RDONLY);
+    if (opened > STDERR_FILENO) ::close(opened);
+    std::signal(SIGCHLD, SIG_DFL);
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) try {
+    takeSurroundings();
     const std::optional<Seconds> limit = limitOf(argc, argv);
     if (!limit) {
         writeAll(STDERR_FILENO, "usage: optrella-observe [--time-limit SECONDS] < cases.jsonl\n");

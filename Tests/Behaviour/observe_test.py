@@ -48,7 +48,7 @@ def message(text):
 
 def lengthy():
     """A case that keeps the library busy for seconds: every argument is compared with every tag."""
-    tags = [f"f{number:06}" for number in range(20000)]
+    tags = [f"f{number:06}" for number in range(40000)]
     return {"call": "parse", "declarations": [declaration([], [flag(tag) for tag in tags])],
             "arguments": ["tool", *tags]}
 
@@ -237,6 +237,28 @@ class Children(RunnerTest):
                 os.remove(os.path.join(folder, core))
             self.assert_observed([STOP], [STOP_OBSERVED], cwd=folder, preexec_fn=allow_core_files)
             self.assertEqual(os.listdir(folder), [])
+
+
+class Surroundings(RunnerTest):
+    def test_children_whose_ends_are_ignored_are_observed_all_the_same(self):
+        def ignore_children():
+            signal.signal(signal.SIGCHLD, signal.SIG_IGN)
+
+        self.assert_observed([STOP, HELP], [STOP_OBSERVED, HELP_OBSERVED], preexec_fn=ignore_children)
+
+    def test_standard_error_may_be_closed(self):
+        cases = [message("m"), STOP, message("n")]
+        result = subprocess.run([RUNNER], input=as_lines(cases), stdout=subprocess.PIPE, timeout=TIMEOUT,
+                                check=False, preexec_fn=lambda: os.close(2))
+        observations = [json.loads(line) for line in result.stdout.splitlines()]
+        self.assertEqual([each["stderr"] for each in observations], ["m\n", "", "n\n"])
+        self.assertEqual([each["stopped"] for each in observations], [False, True, False])
+
+    def test_standard_output_must_be_open(self):
+        result = subprocess.run([RUNNER], input=as_lines([HELP]), stderr=subprocess.PIPE, timeout=TIMEOUT,
+                                check=False, preexec_fn=lambda: os.close(1))
+        self.assertEqual((result.returncode, result.stderr),
+                         (1, b"optrella-observe: write: Bad file descriptor\n"))
 
 
 class TimeLimit(RunnerTest):
