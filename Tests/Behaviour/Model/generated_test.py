@@ -62,11 +62,8 @@ class Test:
         self.shares = collections.Counter()
 
     def run(self, cases, count):
-        drawn = 0
-        while drawn < count and not self.differing:
-            block = [cases.next_case() for _ in range(min(BLOCK, count - drawn))]
-            drawn += len(block)
-            self.run_block(block)
+        while self.run_cases < count and not self.differing:
+            self.run_block([cases.next_case() for _ in range(min(BLOCK, count - self.run_cases))])
 
     def run_block(self, block):
         judged = [(case, expected) for case, expected in map(self.judged, block)
