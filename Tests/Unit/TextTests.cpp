@@ -149,6 +149,15 @@ TEST(TextEquality, OfBytesThatAreNotUTF8IsThatOfTheBytes) {
     }
 }
 
+TEST(TextEquality, OfABrokenSequenceAndTheWholeOneFails) {
+    const Text whole = "\xC3\xA9";
+    const Text broken =
+        "\xC3"
+        "a";
+    EXPECT_NE(whole, broken);
+    EXPECT_NE(broken, whole);
+}
+
 TEST(TextEquality, OfATextWithOneByteThatIsNotUTF8IgnoresCanonicalEquivalence) {
     for (const auto& [a, b] : canonicalTwins) {
         EXPECT_NE(Text(a.str() + "\xFF"), Text(b.str() + "\xFF"));

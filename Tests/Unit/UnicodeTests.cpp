@@ -354,6 +354,15 @@ void showValue(const Twins& twins, std::ostream& stream) {
 
 }  // namespace
 
+TEST(CanonicalComparer, ComparesEachTextThoughOneBeginsAnother) {
+    const std::string_view text = "e\u0301\u0323";
+    const std::string_view beginning = text.substr(0, 3);
+    CanonicalComparer comparer;
+    EXPECT_TRUE(comparer.areEqual(text, "\u1EB9\u0301"));
+    EXPECT_FALSE(comparer.areEqual(beginning, "\u1EB9\u0301"));
+    EXPECT_TRUE(comparer.areEqual(beginning, "\u00E9"));
+}
+
 RC_GTEST_PROP(CanonicalEquality, HoldsBothWaysAndForTheHash, ()) {
     const Twins text = *anyTwins();
     RC_ASSERT(isCanonicallyEqual(text.oneWay, text.otherWay));
