@@ -7,6 +7,7 @@
 //   many COUNT         reads so many passwords: how many there were
 //   say TEXT           prints to standard output, without flushing it
 //   ignore SIGNAL      ignores the signal of this number
+//   ignore-info SIGNAL does the same by an action that asks for information on the signal
 //   handle SIGNAL      counts the signal in a handler that returns, and looks at the terminal
 //   count SIGNAL       does the same without opening the terminal
 //   handled            how often the handler ran, and on or off, as it found the echo
@@ -86,9 +87,10 @@ extern "C" void countSignal(int) {
 }
 
 // Calls are interrupted by the handler, not repeated.
-void handle(int signal, void (*handler)(int)) {
+void handle(int signal, void (*handler)(int), int flags = 0) {
     struct sigaction action {};
     action.sa_handler = handler;
+    action.sa_flags = flags;
     ::sigaction(signal, &action, nullptr);
 }
 
@@ -149,6 +151,8 @@ bool does(const std::string& word, const char* argument) {
         std::fputs(argument, stdout);
     } else if (word == "ignore") {
         handle(std::atoi(argument), SIG_IGN);
+    } else if (word == "ignore-info") {
+        handle(std::atoi(argument), SIG_IGN, SA_SIGINFO);
     } else if (word == "handle") {
         if (terminal < 0) terminal = ::open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY);
         handle(std::atoi(argument), countSignal);

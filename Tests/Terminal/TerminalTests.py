@@ -239,9 +239,11 @@ class Signal(TerminalTest):
         self.assertEqual(waiting[0], 0)
 
     def test_that_is_ignored_stays_so(self):
-        program = self.run_probe("ignore", word(signal.SIGINT), "read", "handling")
-        program.answer(b"ab\x03cd\n")  # the key drops the line, as on every terminal
-        self.expect_end(program, 0, [text(b"cd"), "handling: 2 ignored"])
+        for way in ("ignore", "ignore-info"):
+            with self.subTest(way):
+                program = self.run_probe(way, word(signal.SIGINT), "read", "handling")
+                program.answer(b"ab\x03cd\n")  # the key drops the line, as on every terminal
+                self.expect_end(program, 0, [text(b"cd"), "handling: 2 ignored"])
 
     def test_with_a_handler_that_returns_ends_the_reading(self):
         number = word(signal.SIGINT)

@@ -68,10 +68,6 @@ extern "C" void catchSignal(int signal) {
     errno = error;
 }
 
-bool isIgnored(const struct sigaction& action) noexcept {
-    return (action.sa_flags & SA_SIGINFO) == 0 && action.sa_handler == SIG_IGN;
-}
-
 // Lets the signal do what it would have done, before this returns: it is unblocked because a thread
 // that blocks it can have been told of it by another one. (No "::" before what macOS has as
 // macros.)
@@ -139,7 +135,7 @@ private:
         sigfillset(&ours.sa_mask);
         for (std::size_t i = 0; i < std::size(watched); ++i) {
             if (::sigaction(watched[i], nullptr, &before_[i]) != 0) return false;
-            if (isIgnored(before_[i])) continue;
+            if (before_[i].sa_handler == SIG_IGN) continue;  // whatever the flags
             if (::sigaction(watched[i], &ours, nullptr) != 0) return false;
             replaced_ |= only(watched[i]);
         }
