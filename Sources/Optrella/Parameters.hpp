@@ -543,7 +543,8 @@ struct OPTRELLA_API ParameterFileURL final : ParameterDefaults<ParameterFileURL>
     [[nodiscard]] FileURL getValue() const;
 };
 
-// The text of a case: rawValue(existState::absent) == "absent".
+// The text of a case: rawValue(existState::absent) == "absent". STOPS the process for a value that
+// is no case, as ParameterFileURL::validate does.
 [[nodiscard]] OPTRELLA_API Text rawValue(ParameterFileURL::urlType type) noexcept;
 [[nodiscard]] OPTRELLA_API Text rawValue(ParameterFileURL::existState state) noexcept;
 

@@ -89,6 +89,10 @@ TEST(ParsingError, CaseAndTextBelongTogether) {
     }
 }
 
+TEST(ParsingErrorDeathTest, AnotherValueStopsTheProcess) {
+    EXPECT_SILENT_STOP(rawValue(static_cast<parsingError>(4)));
+}
+
 TEST(ParsingError, NoOtherTextIsACase) {
     for (const char* text : {"unknown command line", "NoError", "", "Parse successful ",
                              "Parse successfu", "Unknown command lines"}) {

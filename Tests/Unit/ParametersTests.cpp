@@ -549,6 +549,14 @@ TEST(ExistState, NoOtherTextIsACase) {
     }
 }
 
+TEST(PathEnumerationsDeathTest, OtherValuesStopTheProcess) {
+    constexpr auto noType = static_cast<ParameterFileURL::urlType>(3);
+    constexpr auto noState = static_cast<ParameterFileURL::existState>(3);
+    EXPECT_SILENT_STOP(rawValue(noType));
+    EXPECT_SILENT_STOP(rawValue(noState));
+    EXPECT_SILENT_STOP(ParameterFileURL({"-f"}, file, noState, "path", "").validate());
+}
+
 TEST(PathEnumerations, AreOneByteWideAndHash) {
     static_assert(sizeof(ParameterFileURL::urlType) == 1);
     static_assert(sizeof(ParameterFileURL::existState) == 1);
