@@ -23,7 +23,9 @@ public:
     void append(const Pieces&... pieces) {
         const std::size_t size = (viewOf(pieces).size() + ...);
         if (room_ - size_ < size) makeRoomFor(size);
-        (appendInPlace(viewOf(pieces)), ...);
+        char* end = bytes_.get() + size_;
+        ((end = copied(viewOf(pieces), end)), ...);
+        size_ += size;
     }
     // The number of bytes, and those behind the first few. REQUIRES: begin <= size().
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
@@ -41,12 +43,13 @@ private:
     }
     static constexpr std::string_view viewOf(std::string_view text) noexcept { return text; }
 
-    void appendInPlace(std::string_view piece) noexcept {
-        if (piece.empty()) return;
-        std::memcpy(bytes_.get() + size_, piece.data(), piece.size());
-        size_ += piece.size();
+    // Returns the end of the copy.
+    static char* copied(std::string_view piece, char* to) noexcept {
+        if (!piece.empty()) std::memcpy(to, piece.data(), piece.size());
+        return to + piece.size();
     }
-    void makeRoomFor(std::size_t size) {
+    // Apart, because it is rare, and many functions append.
+    [[gnu::noinline]] void makeRoomFor(std::size_t size) {
         room_ = std::max(2 * room_, size_ + size);
         std::unique_ptr<char[]> larger(new char[room_]);
         std::copy_n(bytes_.get(), size_, larger.get());
