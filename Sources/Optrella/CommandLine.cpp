@@ -79,8 +79,9 @@ Marks absentMarks(const Parameters& required, const Parameters& optional) noexce
     return absent;
 }
 
-bool haveNoneInCommon(const Marks& left, const Marks& right) noexcept {
-    return (left.low & right.low) == 0 && (left.high & right.high) == 0;
+bool mayFit(const CommandLinePossibility& declaration, const Marks& firstMarks) noexcept {
+    const Marks& absent = Declaration::absentMarks(declaration);
+    return (firstMarks.low & absent.low) == 0 && (firstMarks.high & absent.high) == 0;
 }
 
 }  // namespace
@@ -228,11 +229,16 @@ bool fits(const CommandLinePossibility& declaration, Arguments arguments,
            match.required.size() == Declaration::required(declaration).size();
 }
 
-// For any but the first fit: how does not matter.
-bool fitsToo(const CommandLinePossibility& declaration, Arguments arguments,
-             Internal::CanonicalComparer& comparer) {
-    Match other;
-    return fits(declaration, arguments, comparer, other);
+// Tries them all, whether one fits or not: each may have something to say.
+bool anyFits(std::span<const CommandLinePossibility> declarations, const Marks& firstMarks,
+             Arguments arguments, Internal::CanonicalComparer& comparer) {
+    Match match;
+    bool isAnyFit = false;
+    for (const CommandLinePossibility& declaration : declarations) {
+        if (!mayFit(declaration, firstMarks)) continue;
+        if (fits(declaration, arguments, comparer, match)) isAnyFit = true;
+    }
+    return isAnyFit;
 }
 
 Internal::Fit filledIn(Match& match) {
@@ -324,25 +330,25 @@ parsingError run(Internal::Fit fit) {
 
 parsingError runTheOnlyFit(CommandList commandList, Arguments arguments) {
     const Marks firstMarks = marksOfArgument(arguments.front());
-    const auto mayFit = [firstMarks](const CommandLinePossibility& declaration) {
-        return haveNoneInCommon(firstMarks, Declaration::absentMarks(declaration));
+    const auto isCandidate = [firstMarks](const CommandLinePossibility& declaration) {
+        return mayFit(declaration, firstMarks);
     };
     Internal::CanonicalComparer comparer;
-    Match first;
-    std::size_t matches = 0;
+    Match match;
     const auto end = commandList.end();
-    for (auto declaration = std::find_if(commandList.begin(), end, mayFit); declaration != end;
-         declaration = std::find_if(declaration + 1, end, mayFit)) {
-        const bool isFit = matches == 0 ? fits(*declaration, arguments, comparer, first)
-                                        : fitsToo(*declaration, arguments, comparer);
-        if (isFit) ++matches;
-    }
-    if (matches == 0) {
+    const auto fit = std::find_if(commandList.begin(), end, [&](const auto& declaration) {
+        return isCandidate(declaration) && fits(declaration, arguments, comparer, match);
+    });
+    if (fit == end) {
         Internal::printLine({Internal::rendered(arguments),
                              " is not a valid command line.\n Please refer to the help below."});
+        return parsingError::NoMatchingLine;
     }
-    if (matches != 1) return parsingError::NoMatchingLine;
-    return run(filledIn(first));
+    const auto other = std::find_if(fit + 1, end, isCandidate);
+    if (other != end && anyFits({other, end}, firstMarks, arguments, comparer)) {
+        return parsingError::NoMatchingLine;
+    }
+    return run(filledIn(match));
 }
 
 }  // namespace

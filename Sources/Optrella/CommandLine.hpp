@@ -117,7 +117,7 @@ enum class OPTRELLA_API parsingError : std::uint8_t {
 };
 
 // "Parse successful", "Missing Parameter", "Unknown command line", "No command line specified".
-// STOPS the process for a value that is no case.
+// STOPS the process when `error` is no case.
 [[nodiscard]] OPTRELLA_API Text rawValue(parsingError error) noexcept;
 // The case of a text, nothing when it is no case's text.
 template <>

@@ -31,14 +31,13 @@ void appendHelpLine(Lines& lines, const CommandLinePossibility& possibility) {
 
 void appendChoices(Listing& listing, const ListOptions& options) {
     Lines& lines = listing.descriptions;
-    const std::size_t begin = lines.size();
     lines.append("        Must be one of: ");
     for (const ParameterNone& option : options) {
         if (option.common.tags.empty()) stopBehind(listing);
         lines.append(option.firstTag(), ", ");
     }
     // Without choices this takes the ": " of the fixed text.
-    lines.shorten(Internal::sizeOfLastCharacters(lines.from(begin), 2));
+    lines.shorten(Internal::sizeOfLastCharacters(lines, 2));
     lines.append("\n");
 }
 

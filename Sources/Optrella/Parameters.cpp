@@ -129,6 +129,7 @@ constinit const Internal::KindOperations Internal::KindTable<ParameterFileURL>::
     ParameterProtocol::Held<ParameterFileURL>::operations;
 
 void ParameterProtocol::takeFrom(ParameterProtocol& other) noexcept {
+    static_assert(Held<ParameterNone>::isInline);  // it takes the place of what is moved
     if (operations_->move != nullptr) {
         common_ = operations_->move(other.storage_, storage_);
     } else {

@@ -321,8 +321,8 @@ private:
     void takeFrom(ParameterProtocol& other) noexcept;
 
     const Internal::KindOperations* operations_;
-    commonDetails* common_;                         // within the kind
-    alignas(void*) std::byte storage_[inlineSize];  // the kind, or a pointer to it
+    commonDetails* common_;                                 // within the kind
+    alignas(commonDetails) std::byte storage_[inlineSize];  // the kind, or a pointer to it
 };
 
 // A parameter list: what a declaration lists, and what an action is given.
@@ -537,14 +537,14 @@ struct OPTRELLA_API ParameterFileURL final : ParameterDefaults<ParameterFileURL>
 
     // That the path does not exist, or must not, or nothing when it is as declared. Asks the file
     // system once for `exist` and `absent`, not at all for `vague`; the path is taken exactly as it
-    // was typed.
+    // was typed. STOPS the process when `state` is no case.
     [[nodiscard]] std::optional<Text> validate() const;
     // FileURL::fromPath of the stored text; tests nothing.
     [[nodiscard]] FileURL getValue() const;
 };
 
-// The text of a case: rawValue(existState::absent) == "absent". STOPS the process for a value that
-// is no case, as ParameterFileURL::validate does.
+// The text of a case: rawValue(existState::absent) == "absent". STOPS the process when the value is
+// no case.
 [[nodiscard]] OPTRELLA_API Text rawValue(ParameterFileURL::urlType type) noexcept;
 [[nodiscard]] OPTRELLA_API Text rawValue(ParameterFileURL::existState state) noexcept;
 
@@ -563,23 +563,24 @@ fromRawValue<ParameterFileURL::existState>(const Text& text) noexcept;
 template <class Kind>
 struct ParameterProtocol::Held {
     static constexpr bool isInline = sizeof(Kind) <= inlineSize &&
-                                     alignof(Kind) <= alignof(void*) &&
+                                     alignof(Kind) <= alignof(commonDetails) &&
                                      std::is_nothrow_move_constructible_v<Kind>;
 
     template <class Given>
     static commonDetails* make(Given&& kind, void* storage) {
         if constexpr (isInline) {
-            ::new (storage) Kind(std::forward<Given>(kind));
+            return &(::new (storage) Kind(std::forward<Given>(kind)))->common;
         } else {
-            ::new (storage) void*(new Kind(std::forward<Given>(kind)));
+            auto* made = new Kind(std::forward<Given>(kind));
+            ::new (storage) Kind*(made);
+            return &made->common;
         }
-        return &get(storage).common;
     }
     static const Kind& get(const void* storage) noexcept {
         if constexpr (isInline) {
             return *static_cast<const Kind*>(storage);
         } else {
-            return **static_cast<const Kind* const*>(storage);
+            return **static_cast<Kind* const*>(storage);
         }
     }
     static Kind& get(void* storage) noexcept {

@@ -16,7 +16,7 @@ namespace Optrella {
 namespace {
 
 // A block begins with its number of owners.
-struct Block {
+struct alignas(Text) Block {
     std::atomic<std::size_t> owners;
 };
 
@@ -50,7 +50,7 @@ void textLiteralHoldsNUL() noexcept { fatalStop(); }
 
 }  // namespace Internal
 
-inline Text::Text(void* block, char* place, std::string_view bytes) noexcept
+Text::Text(void* block, char* place, std::string_view bytes) noexcept
     : bytes_(place + sizeof(Distance)) {
     char* copy = place + sizeof(Distance);
     const auto distance = static_cast<Distance>(copy - static_cast<char*>(block));

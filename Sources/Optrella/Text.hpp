@@ -149,7 +149,7 @@ private:
     enum CopyOf { copyOf };
     Text(std::string_view bytes, CopyOf);
     // Copied into the block, to the place, which has roomFor the bytes.
-    Text(void* block, char* place, std::string_view bytes) noexcept;
+    inline Text(void* block, char* place, std::string_view bytes) noexcept;
     // In a block a text stands behind its distance from the block's beginning, and zeros behind it.
     static constexpr std::size_t roomFor(std::size_t size) noexcept {
         return sizeof(std::size_t) + (size / wordSize + 1) * wordSize;

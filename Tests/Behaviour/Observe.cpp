@@ -129,12 +129,13 @@ std::optional<Seconds> limitOf(int argc, char* argv[]) {
 }
 
 // Whoever starts the runner may have closed a standard stream, whose number a pipe would get, or
-// ignore the ends of children, which then leave no status. What is written to a stream that is
-// missing fails as before.
+// ignore the ends of children, which then leave no status. To use a stream that is missing fails as
+// before.
 void takeSurroundings() {
-    int opened = 0;
-    while (opened >= 0 && opened <= STDERR_FILENO) opened = ::open("/dev/null", O_RDONLY);
-    if (opened > STDERR_FILENO) ::close(opened);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) >= 0) continue;
+        static_cast<void>(::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+    }
     std::signal(SIGCHLD, SIG_DFL);
 }
 

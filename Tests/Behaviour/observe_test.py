@@ -254,6 +254,12 @@ class Surroundings(RunnerTest):
         self.assertEqual([each["stderr"] for each in observations], ["m\n", "", "n\n"])
         self.assertEqual([each["stopped"] for each in observations], [False, True, False])
 
+    def test_standard_input_must_be_open(self):
+        result = subprocess.run([RUNNER], capture_output=True, timeout=TIMEOUT, check=False,
+                                preexec_fn=lambda: os.close(0))
+        self.assertEqual((result.returncode, result.stdout, result.stderr),
+                         (1, b"", b"optrella-observe: read: Bad file descriptor\n"))
+
     def test_standard_output_must_be_open(self):
         result = subprocess.run([RUNNER], input=as_lines([HELP]), stderr=subprocess.PIPE, timeout=TIMEOUT,
                                 check=False, preexec_fn=lambda: os.close(1))

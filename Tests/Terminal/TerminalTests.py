@@ -3,6 +3,7 @@
 import array
 import fcntl
 import os
+import resource
 import signal
 import subprocess
 import sys
@@ -522,19 +523,23 @@ class Resources(TerminalTest):
 
     # select() knows descriptors up to 1023; the terminal is followed by the pipe of the signals.
 
+    def skip_without_more_files(self):
+        if resource.getrlimit(resource.RLIMIT_NOFILE)[1] < 1200:
+            self.skipTest("so many files may not be opened here")
+
     def test_that_can_just_be_waited_for_are_read(self):
+        self.skip_without_more_files()
         program = self.run_probe("open", "1022", "read")
         self.assertEqual(program.answer(b"right\n"), PROMPT)
         self.expect_end(program, 0, ["opened", text(b"right")])
 
     def test_that_cannot_be_waited_for_are_nothing(self):
+        self.skip_without_more_files()
         for terminal in ("1023", "1024", "1100"):
             with self.subTest(terminal=terminal):
                 program = self.run_probe("open", terminal, "read", "thread")
                 self.assertEqual(program.finish(), 0)
-                if program.lines[0] != "opened":
-                    self.skipTest("so many files may not be opened here")
-                self.assertEqual(program.lines[1:], ["none", "none"])
+                self.assertEqual(program.lines, ["opened", "none", "none"])
                 self.assertEqual(self.terminal.take_shown(), b"")
 
 

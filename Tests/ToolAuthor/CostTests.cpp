@@ -95,6 +95,24 @@ TEST(AFit, CostsTwoHeapCallsOfTheCallerWhateverIsGiven) {
     EXPECT_EQ(heapCalls() - before, 2);
 }
 
+// Behind the one that fits, so many that own all arguments too, and lack one.
+long heapCallsOfAFitBefore(std::size_t others) {
+    std::vector<CommandLinePossibility> declarations(
+        others + 1, CommandLinePossibility(false, {add, ParameterNone{{"--missing"}, ""}},
+                                           {verbose}, "", false, nothing));
+    declarations[0] = CommandLinePossibility(false, {add}, {verbose}, "", false, nothing);
+    std::vector<Text> line(50, "-v");
+    line[0] = "tool";
+    line[1] = "add";
+    const long before = heapCalls();
+    EXPECT_EQ(parse(declarations, line), parsingError::NoError);
+    return heapCalls() - before;
+}
+
+TEST(AMisfit, CostsNoHeapCallBehindAFitOfManyParameters) {
+    EXPECT_EQ(heapCallsOfAFitBefore(10), heapCallsOfAFitBefore(100));
+}
+
 TEST(ADeclaration, CopiesAParameterOnce) {
     int copies = 0;
     const Counted counted(&copies);

@@ -75,16 +75,15 @@ TEST(FormTagHelp, AnOptionalParameterWithoutTagsLosesTheBlank) {
 
 // Where a character begins may depend on all that stands before it; here on one synopsis alone.
 TEST(FormTagHelp, TakesTimeForItsOwnSynopsisAlone) {
-    const ParameterList accented{{"\u00e9"}, {"\u00e9"}, "", ""};
+    const ParameterNone accented{{"\u00e9"}, ""};
     const CommandLinePossibility possibility =
         shownCommand(Parameters(20'000, accented), Parameters(20'000, accented), "");
     const std::clock_t begin = std::clock();
     const std::string listing = help(possibility);
     // A multiple of what it needs on a slow machine, far less than what grows with the square.
-    EXPECT_LT(std::clock() - begin, 5 * CLOCKS_PER_SEC);
-    EXPECT_TRUE(listing.starts_with("\n\u00e9 <>  \u00e9 <>  "));
-    EXPECT_TRUE(
-        listing.ends_with("Must be one of: \u00e9\n      -  \n        Must be one of: \u00e9\n\n"));
+    EXPECT_LT(std::clock() - begin, 2 * CLOCKS_PER_SEC);
+    EXPECT_TRUE(listing.starts_with("\n\u00e9 \u00e9 "));
+    EXPECT_TRUE(listing.ends_with(" [ \u00e9 ] [ \u00e9 ] \n   \n\n"));
 }
 
 // ---- Parameter lists ----

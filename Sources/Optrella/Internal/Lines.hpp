@@ -24,7 +24,7 @@ public:
         const std::size_t size = (viewOf(pieces).size() + ...);
         if (room_ - size_ < size) makeRoomFor(size);
         char* end = bytes_.get() + size_;
-        ((end = copied(viewOf(pieces), end)), ...);
+        ((end = endOfCopy(viewOf(pieces), end)), ...);
         size_ += size;
     }
     // The number of bytes, and those behind the first few. REQUIRES: begin <= size().
@@ -43,8 +43,8 @@ private:
     }
     static constexpr std::string_view viewOf(std::string_view text) noexcept { return text; }
 
-    // Returns the end of the copy.
-    static char* copied(std::string_view piece, char* to) noexcept {
+    // Copies the piece.
+    static char* endOfCopy(std::string_view piece, char* to) noexcept {
         if (!piece.empty()) std::memcpy(to, piece.data(), piece.size());
         return to + piece.size();
     }
