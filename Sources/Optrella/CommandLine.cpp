@@ -113,7 +113,8 @@ using Arguments = std::span<const Text>;
 inline const ParameterProtocol* lastOwner(const Parameters& parameters, const Text& argument,
                                           Internal::CanonicalComparer& comparer) {
     const Internal::AtSight seen(argument);
-    for (auto owner = parameters.rbegin(); owner != parameters.rend(); ++owner) {
+    auto owner = parameters.rbegin();
+    for (; owner != parameters.rend(); ++owner) {
         for (const Text& tag : owner->common().tags) {
             if (!seen.differsFrom(tag) && comparer.areEqual(argument, tag)) return &*owner;
         }

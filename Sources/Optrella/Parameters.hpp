@@ -405,7 +405,7 @@ struct OPTRELLA_API ParameterNumber final : ParameterDefaults<ParameterNumber> {
         return rangeMax_;
     }
     // What getValue returns for a text that is no number: -1.
-    [[nodiscard]] constexpr std::int64_t defaultValue() const noexcept { return -1; }
+    [[nodiscard]] static constexpr std::int64_t defaultValue() noexcept { return -1; }
 
     // The number that was given, or defaultValue() for any text that is not an optional sign and
     // ASCII digits within 64 bits.
