@@ -64,7 +64,7 @@ class Test:
     def run(self, cases, count):
         while self.run_cases < count and not self.differing:
             self.run_block([cases.next_case() for _ in range(min(BLOCK, count - self.run_cases))])
-            if self.left_out.total() > count:
+            if sum(self.left_out.values()) > count:
                 sys.exit(f"more cases are left out than compared: {dict(self.left_out)}")
 
     def run_block(self, block):
