@@ -1,5 +1,5 @@
-# Finds utf8proc and makes the target Utf8proc::Utf8proc. The archive is preferred: a tool then
-# starts without one more shared object to load. Not where libraries are to be shared.
+# Finds utf8proc and makes the target Utf8proc::Utf8proc. The archive is preferred, so that a tool has
+# one shared object less to load at its start; not where libraries are to be shared.
 if(NOT BUILD_SHARED_LIBS)
   set(Utf8proc_archive libutf8proc.a)
 endif()

@@ -1,5 +1,5 @@
-# Removes the files that the last `cmake --install` of this build folder put in place, and the
-# folders of the library's own that this leaves empty.
+# Removes the files that the last `cmake --install` of this build directory put in place, and the
+# library's own directories that this leaves empty.
 set(manifest install_manifest.txt)
 if(NOT EXISTS ${CMAKE_BINARY_DIR}/${manifest})
   message(FATAL_ERROR "There is no ${manifest}: nothing was installed from here.")
@@ -9,11 +9,14 @@ foreach(file IN LISTS files)
   set(file "$ENV{DESTDIR}${file}")
   message(STATUS "Removing: ${file}")
   file(REMOVE "${file}")
-  cmake_path(GET file PARENT_PATH folder)
-  cmake_path(GET folder FILENAME name)
-  file(GLOB others LIST_DIRECTORIES true "${folder}/*" "${folder}/.[!.]*")
-  if(name STREQUAL "Optrella" AND NOT others)
-    file(REMOVE_RECURSE "${folder}")
-  endif()
+  cmake_path(GET file PARENT_PATH directory)
+  while(directory MATCHES "/Optrella(/|$)")
+    file(GLOB others LIST_DIRECTORIES true "${directory}/*" "${directory}/.[!.]*")
+    if(others)
+      break()
+    endif()
+    file(REMOVE_RECURSE "${directory}")
+    cmake_path(GET directory PARENT_PATH directory)
+  endwhile()
 endforeach()
 file(REMOVE ${CMAKE_BINARY_DIR}/${manifest})

@@ -1,14 +1,20 @@
 # The tests that only Linux can run: they wrap calls of the C library, look into /proc, or make a
 # system of their own in namespaces.
 
+optrella_script(directories-tests Scripts/directories_test.py)
+set_tests_properties(directories-tests PROPERTIES LABELS once SKIP_RETURN_CODE 77)
+
+optrella_script(system-tests Platform/SystemTests.py
+  $<TARGET_FILE:Optrella> ${OPTRELLA_SYSTEM} ${CMAKE_COMMAND})
+
 optrella_test(standard-error-tests
   SOURCES Platform/StandardErrorTests.cpp
   LIBRARIES Optrella::Optrella)
 
 # The password check, with PAM's calls and the heap in the tests' hands, and on stacks of their own.
 set(passwordCheck
-  ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Memory.cpp
-  ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Pam.cpp
+  ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Password.cpp
+  ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/PasswordCheck.cpp
   ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Posix/Password.cpp)
 optrella_test(pam-unit-tests
   SOURCES Pam/ConversationTests.cpp Pam/InterfaceTests.cpp Pam/LibraryTests.cpp ${passwordCheck}
@@ -38,8 +44,8 @@ optrella_test(child-process-fault-tests
   SOURCES
     ChildProcess/ChildProcessFaultTests.cpp
     ChildProcess/Traces.cpp
-    ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Memory.cpp
-    ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Pipe.cpp
+    ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Password.cpp
+    ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Descriptor.cpp
     ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Process.cpp
     ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Posix/ChildProcess.cpp
     ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Posix/Descriptor.cpp
@@ -82,6 +88,9 @@ optrella_test(start-arguments-tests
   SOURCES ChildProcess/StartArgumentsTests.cpp ChildProcess/Traces.cpp
   LIBRARIES Optrella::Optrella)
 add_dependencies(start-arguments-tests start-arguments-probe)
+
+optrella_probe(concealment-probe Platform/ConcealmentProbe.cpp)
+optrella_script(concealment-tests Platform/ConcealmentTests.py $<TARGET_FILE:concealment-probe>)
 
 optrella_probe(log-probe Platform/LogProbe.cpp)
 optrella_namespace_script(log-tests Platform/LogTests.py log-probe)

@@ -16,7 +16,7 @@ namespace {
 struct ParameterPort {
     commonDetails common;
 
-    ParameterPort(Tags tags, Text tagHelp)
+    constexpr ParameterPort(Tags tags, Text tagHelp)
         : common{.tagHelp = tagHelp, .tags = tags, .parameterName = "port"} {}
 
     [[nodiscard]] std::optional<std::int64_t> number() const {
@@ -27,7 +27,7 @@ struct ParameterPort {
         return value;
     }
 
-    // What this returns is shown behind the parameter's first tag, and the action is not called.
+    // What this returns is shown after the parameter's first tag, and the action is not called.
     [[nodiscard]] std::optional<Text> validate() const {
         if (number()) return std::nullopt;
         return Text(common.userValue.str() + " is not a port");
@@ -38,7 +38,7 @@ struct ParameterPort {
 struct ParameterTime {
     commonDetails common;
 
-    ParameterTime(Tags tags, Text tagHelp)
+    constexpr ParameterTime(Tags tags, Text tagHelp)
         : common{.tagHelp = tagHelp, .tags = tags, .parameterName = "time"} {}
 
     [[nodiscard]] std::optional<std::int64_t> seconds() const {
@@ -68,8 +68,8 @@ struct ParameterTime {
     }
 };
 
-const ParameterPort listen{{"listen"}, "Port to listen on"};
-const ParameterTime until{{"--for"}, "How long; may be repeated, and adds up"};
+constexpr ParameterPort listen{{"listen"}, "Port to listen on"};
+constexpr ParameterTime until{{"--for"}, "How long; may be repeated, and adds up"};
 
 // What a fetch operation does for the library's kinds. A copy of what was declared equals it.
 template <class Kind, class Visit>
@@ -89,7 +89,7 @@ void listenOnPort(const Parameters& given) {
     std::printf("\n");
 }
 
-const CommandLinePossibility commandLines[] = {
+constinit const CommandLinePossibility commandLines[] = {
     {/* requiresRoot */ false,
      {listen},
      {until},

@@ -32,7 +32,7 @@ bool isSameName(std::string_view left, std::string_view right) {
 std::string addressKey(std::string_view text) {
     const std::size_t zone = std::min(text.find('%'), text.size());
     const std::string number(text.substr(0, zone));
-    // A NUL would hide from inet_pton what stands behind it.
+    // A NUL would hide what follows it from inet_pton.
     if (number.find('\0') != std::string::npos) return "";
     char bytes[sizeof(in6_addr)];
     if (inet_pton(AF_INET6, number.c_str(), bytes) == 1 && zone + 1 != text.size()) {
@@ -57,14 +57,14 @@ bool isLabel(std::string_view label) {
 
 // Views of the words before a comment: the address, then the names.
 std::vector<std::string_view> wordsOf(std::string_view line) {
-    static constexpr std::string_view blanks = " \t\r\n";
+    static constexpr std::string_view whitespace = " \t\r\n";
     line = line.substr(0, line.find('#'));
     std::vector<std::string_view> words;
     std::size_t end = 0;
     for (;;) {
-        const std::size_t begin = line.find_first_not_of(blanks, end);
+        const std::size_t begin = line.find_first_not_of(whitespace, end);
         if (begin == std::string_view::npos) return words;
-        end = std::min(line.find_first_of(blanks, begin), line.size());
+        end = std::min(line.find_first_of(whitespace, begin), line.size());
         words.push_back(line.substr(begin, end - begin));
     }
 }
@@ -189,7 +189,7 @@ Problem readFile(const std::string& path, std::string& text) {
     return std::nullopt;
 }
 
-// The file itself, behind all symbolic links; empty when there is none.
+// The file itself, with all symbolic links followed; empty when there is none.
 std::string withoutLinks(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
                                                            &std::free);
@@ -197,7 +197,7 @@ std::string withoutLinks(const std::string& path) {
 }
 
 // REQUIRES: an absolute path.
-std::string folderOf(const std::string& path) {
+std::string directoryOf(const std::string& path) {
     return path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
 }
 
@@ -246,10 +246,10 @@ Problem HostsFile::save() const {
     if (target.empty() || ::stat(target.c_str(), &old) != 0) return cannot("replace", path_);
     if (!S_ISREG(old.st_mode)) return "Cannot replace " + path_ + ": it is not a regular file";
 
-    // In the same folder, because only there a rename replaces the file in one step.
+    // In the same directory, because only there a rename replaces the file in one step.
     std::string temporary = target + ".XXXXXX";
     const File file(::mkstemp(temporary.data()));
-    if (!file.isOpen()) return cannot("write in", folderOf(target));
+    if (!file.isOpen()) return cannot("write in", directoryOf(target));
     Unfinished unfinished(temporary);
     if (!file.takeOwnerAndMode(old)) return cannot("keep owner and mode of", path_);
     if (!file.writeAll(text())) return cannot("replace", path_);
@@ -261,8 +261,8 @@ Problem HostsFile::save() const {
     unfinished.keep();
 
     // The new name, too, must have reached the disk.
-    const File folder(::open(folderOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder.isOpen() || !folder.sync()) return cannot("write", folderOf(target));
+    const File directory(::open(directoryOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!directory.isOpen() || !directory.sync()) return cannot("write", directoryOf(target));
     return std::nullopt;
 }
 

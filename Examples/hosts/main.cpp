@@ -36,7 +36,8 @@ constexpr ParameterFileURL installPath{
 
 constexpr ParameterNone byAddress{{"address"}, ""};
 constexpr ParameterNone byName{{"name"}, ""};
-const ParameterList sort{{"-s", "--sort"}, {byAddress, byName}, "order", "Order of the entries"};
+constexpr ParameterNone orders[] = {byAddress, byName};
+constexpr ParameterList sort{{"-s", "--sort"}, orders, "order", "Order of the entries"};
 constexpr ParameterNumber limit{
     {"-l", "--limit"}, "count", 1, 10000, "Show at most so many entries"};
 constexpr ParameterString newName{{"-n", "--name"}, "name", "Host name; may be repeated"};
@@ -72,7 +73,7 @@ std::string table(const std::vector<Entry>& entries) {
     return text;
 }
 
-// The library hands on every number, and -1 for a text that is none.
+// The library passes every number on, and -1 for a text that is none.
 bool isWithinLimit(std::int64_t count) {
     return limit.rangeMin() <= count && count <= limit.rangeMax();
 }
@@ -151,7 +152,7 @@ int checkFile(const std::string& path) {
 }
 
 // When the tool has been started again as root, the first line of its output is lost, and so is its
-// status: what is said here stands on the second line, and is said as a whole.
+// status: the reason stands on the second line, and all of it is written at once.
 int failToInstall(const std::string& reason) { return fail("Nothing was installed:\n" + reason); }
 
 int install(const std::string& path, const std::string& preparedPath) {
@@ -167,7 +168,7 @@ int install(const std::string& path, const std::string& preparedPath) {
     return print("Installed " + preparedPath + "\n" + path + " has " + count + " entries now\n");
 }
 
-int showHelp();  // defined behind the list that it shows
+int showHelp();  // defined after the list that it shows
 
 // ---- The command lines: every action fetches its values and leaves the status ----
 
@@ -187,7 +188,7 @@ std::vector<std::string> newNames(const Parameters& given) {
 
 void endWith(int status) { CommandLineExitStatus::shared().exitStatus = status; }
 
-const CommandLinePossibility commandLines[] = {
+constinit const CommandLinePossibility commandLines[] = {
     {/* requiresRoot */ false,
      {list},
      {sort, limit, hostsFile},
@@ -205,7 +206,7 @@ const CommandLinePossibility commandLines[] = {
      [](const Parameters& given) {
          endWith(showAddresses(pathOf(given), fetchString(lookUpName, given).str()));
      }},
-    // A required parameter cannot be repeated, so that a name, too, is an optional one.
+    // A required parameter cannot be repeated, so a name, too, is an optional one.
     {false,
      {addAddress},
      {newName, hostsFile},

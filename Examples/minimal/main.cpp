@@ -10,7 +10,7 @@ void sayHello(const Parameters& given) {
     std::printf("Hello, %s!\n", fetchString(greet, given).c_str());
 }
 
-const CommandLinePossibility commandLines[] = {
+constinit const CommandLinePossibility commandLines[] = {
     {/* requiresRoot */ false, {greet}, {}, "Greet somebody.", /* hidden */ false, sayHello}};
 
 int main(int argc, char* argv[]) {

@@ -16,7 +16,7 @@ void expect(bool isTrue, const char* behaviour) {
     if (!isTrue) ++failures;
 }
 
-// What becomes of a shelf when a user types a command line behind the tool's name.
+// What becomes of a shelf when a user types a command line after the tool's name.
 struct Outcome {
     parsingError result;
     Shelf shelf;
@@ -51,7 +51,7 @@ void declarations() {
 void actions() {
     using Books = std::vector<std::string>;
     expect(typed({"add", "Emma"}, {"Ivanhoe"}).shelf.books == Books{"Ivanhoe", "Emma"},
-           "a book is put behind the others");
+           "a book is put after the others");
     expect(typed({"add", ""}).shelf.status == 64, "an empty title is refused");
     expect(typed({"remove", "Emma"}, {"Emma", "Ivanhoe", "Emma"}).shelf.books == Books{"Ivanhoe"},
            "all books of a title are removed");

@@ -36,7 +36,7 @@ class Optrella(ConanFile):
             copy(self, pattern, self.root(), self.export_sources_folder)
 
     def root(self):
-        """Where the project lies: two folders up, until the recipe was taken into the cache."""
+        """Where the project is: two directories up, until the recipe has been copied into the cache."""
         recipe = pathlib.Path(self.recipe_folder)
         return recipe if (recipe / "CMakeLists.txt").exists() else recipe.parent.parent
 

@@ -3,9 +3,10 @@
 #include <optional>
 #include <string>
 
-#include "Optrella/Internal/CommandLineExitStatus.hpp"
+#include "Optrella/CommandLineExitStatus/LogSubsystem.hpp"
 #include "Optrella/Platform/Log.hpp"
 #include "Optrella/Platform/Process.hpp"
+#include "Optrella/Platform/StandardError.hpp"
 
 namespace Optrella {
 
@@ -25,7 +26,7 @@ const Text& subsystem() {
 
 namespace {
 
-// The last component of a path; the folders above it are nobody's business in a log.
+// The last component of a path; the directories above it are nobody's business in a log.
 constexpr const char* fileName(const char* path) noexcept {
     const char* name = path;
     for (const char* c = path; *c != '\0'; ++c) {

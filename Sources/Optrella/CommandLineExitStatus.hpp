@@ -13,17 +13,18 @@
 
 namespace Optrella {
 
-// Where an action leaves the status with which the tool is to end. There is one for the process.
-// The slot has no lock: what an action writes may be read when parse has returned.
+// Where an action leaves the status with which the tool is to end. There is one for each copy of
+// the library in the process: one, unless both a tool and what it loads at run time were linked
+// with the archive, and the tool does not show its symbols (-rdynamic). The slot has no lock: what
+// an action writes may be read when parse has returned.
 class OPTRELLA_API CommandLineExitStatus {
 public:
-    // The one slot. Safe on any thread, and as long as the process runs.
+    // Returns the one slot. Safe on any thread, and as long as the process runs.
     [[nodiscard]] static CommandLineExitStatus& shared() noexcept;
 
     // -100 until somebody sets it, so that a status that nobody set can be told from success.
     std::int32_t exitStatus = -100;
 
-    // There is one.
     CommandLineExitStatus(const CommandLineExitStatus&) = delete;
     CommandLineExitStatus& operator=(const CommandLineExitStatus&) = delete;
 

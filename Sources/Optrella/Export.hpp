@@ -6,6 +6,10 @@
 #ifndef OPTRELLA_EXPORT_HPP
 #define OPTRELLA_EXPORT_HPP
 
+#if __cplusplus < 202002L
+#error "Optrella is a library for C++20: compile with -std=c++20 or later"
+#endif
+
 #define OPTRELLA_API __attribute__((visibility("default")))
 
 #endif

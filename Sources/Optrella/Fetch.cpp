@@ -1,15 +1,30 @@
 #include "Optrella/Fetch.hpp"
 
-#include "Optrella/Internal/Fetch.hpp"
+#include "Optrella/Fetch/Search.hpp"
 
 namespace Optrella {
 
 namespace Internal {
 
-const ParameterProtocol* fetchOptionalValidParameter(const ParameterProtocol& type,
-                                                     const Parameters& list) {
+namespace {
+
+// Apart, because it is rare.
+[[gnu::noinline]] bool isEqualByTheKind(ParameterView element, ParameterView type) {
+    return element.operations().isEqualTo(element.common(), ParameterProtocol(type));
+}
+
+// As the element's isEqualTo says; the default one is answered here, where nothing need be copied.
+bool isEqual(ParameterView element, ParameterView type) {
+    if (!element.operations().comparesByDefault) return isEqualByTheKind(element, type);
+    return &element.operations() == &type.operations() &&
+           isSameDeclaration(element.common(), type.common());
+}
+
+}  // namespace
+
+const ParameterProtocol* fetchOptionalValidParameter(ParameterView type, const Parameters& list) {
     for (const ParameterProtocol& parameter : list) {
-        if (parameter.isEqualTo(type)) return &parameter;
+        if (isEqual(parameter.view(), type)) return &parameter;
     }
     return nullptr;
 }
@@ -19,19 +34,20 @@ const ParameterProtocol* fetchOptionalValidParameter(const ParameterProtocol& ty
 namespace {
 
 template <class Kind>
-const Kind* given(const Kind& type, const Parameters& list) {
-    const ParameterProtocol* found = Internal::fetchOptionalValidParameter(type, list);
-    return found != nullptr ? found->as<Kind>() : nullptr;
+const Kind* found(const Kind& type, const Parameters& list) {
+    const Internal::ParameterView view(Internal::operationsOf<Kind>(), type.common);
+    const ParameterProtocol* parameter = Internal::fetchOptionalValidParameter(view, list);
+    return parameter != nullptr ? parameter->as<Kind>() : nullptr;
 }
 
 template <class Kind>
-auto givenValue(const Kind& type, const Parameters& list) {
-    const Kind* found = given(type, list);
-    return found != nullptr ? std::optional(found->getValue()) : std::nullopt;
+auto foundValue(const Kind& type, const Parameters& list) {
+    const Kind* parameter = found(type, list);
+    return parameter != nullptr ? std::optional(parameter->getValue()) : std::nullopt;
 }
 
 template <class Value>
-Value required(std::optional<Value> value) {
+Value valueOrStop(std::optional<Value> value) {
     if (!value) Internal::fatalStop();
     return *std::move(value);
 }
@@ -39,59 +55,59 @@ Value required(std::optional<Value> value) {
 }  // namespace
 
 bool hasOptional(const ParameterProtocol& type, const Parameters& list) noexcept {
-    return Internal::fetchOptionalValidParameter(type, list) != nullptr;
+    return Internal::fetchOptionalValidParameter(type.view(), list) != nullptr;
 }
 
 bool fetchOptionalNone(const ParameterNone& type, const Parameters& list) noexcept {
-    return given(type, list) != nullptr;
+    return found(type, list) != nullptr;
 }
 
 std::optional<Text> fetchOptionalString(const ParameterString& type,
                                         const Parameters& list) noexcept {
-    const ParameterString* found = given(type, list);
-    return found != nullptr ? std::optional(found->common.userValue) : std::nullopt;
+    const ParameterString* string = found(type, list);
+    return string != nullptr ? std::optional(string->common.userValue) : std::nullopt;
 }
 
 std::optional<UUID> fetchOptionalUUID(const ParameterUUID& type, const Parameters& list) noexcept {
-    const ParameterUUID* found = given(type, list);
-    if (found == nullptr) return std::nullopt;
+    const ParameterUUID* uuid = found(type, list);
+    if (uuid == nullptr) return std::nullopt;
     // What is no UUID becomes the all-zero one, on purpose: it was given, so it is not absent.
-    return UUID::fromText(found->common.userValue).value_or(UUID{});
+    return UUID::fromText(uuid->common.userValue).value_or(UUID{});
 }
 
 std::optional<std::int64_t> fetchOptionalNumber(const ParameterNumber& type,
                                                 const Parameters& list) noexcept {
-    return givenValue(type, list);
+    return foundValue(type, list);
 }
 
 std::optional<ParameterNone> fetchOptionalListOption(const ParameterList& type,
                                                      const Parameters& list) noexcept {
-    return givenValue(type, list);
+    return foundValue(type, list);
 }
 
 std::optional<FileURL> fetchOptionalURL(const ParameterFileURL& type,
                                         const Parameters& list) noexcept {
-    return givenValue(type, list);
+    return foundValue(type, list);
 }
 
 Text fetchString(const ParameterString& type, const Parameters& list) noexcept {
-    return required(fetchOptionalString(type, list));
+    return valueOrStop(fetchOptionalString(type, list));
 }
 
 UUID fetchUUID(const ParameterUUID& type, const Parameters& list) noexcept {
-    return required(fetchOptionalUUID(type, list));
+    return valueOrStop(fetchOptionalUUID(type, list));
 }
 
 std::int64_t fetchNumber(const ParameterNumber& type, const Parameters& list) noexcept {
-    return required(fetchOptionalNumber(type, list));
+    return valueOrStop(fetchOptionalNumber(type, list));
 }
 
 ParameterNone fetchListOption(const ParameterList& type, const Parameters& list) noexcept {
-    return required(fetchOptionalListOption(type, list));
+    return valueOrStop(fetchOptionalListOption(type, list));
 }
 
 FileURL fetchURL(const ParameterFileURL& type, const Parameters& list) noexcept {
-    return required(fetchOptionalURL(type, list));
+    return valueOrStop(fetchOptionalURL(type, list));
 }
 
 }  // namespace Optrella

@@ -17,32 +17,32 @@
 
 namespace Optrella {
 
-// Whether the parameter was given; of any kind, a tool's own ones too.
+// Returns whether the parameter was given; of any kind, a tool's own ones too.
 [[nodiscard]] OPTRELLA_API bool hasOptional(const ParameterProtocol& type,
                                             const Parameters& list) noexcept;
 
-// Whether the flag was given.
+// Returns whether the flag was given.
 [[nodiscard]] OPTRELLA_API bool fetchOptionalNone(const ParameterNone& type,
                                                   const Parameters& list) noexcept;
 
-// Nothing when the parameter was not given.
+// Return the value, or nothing when the parameter was not given.
 [[nodiscard]] OPTRELLA_API std::optional<Text> fetchOptionalString(const ParameterString& type,
                                                                    const Parameters& list) noexcept;
-// The all-zero UUID when what was given is none.
+// Returns the all-zero UUID when what was given is none.
 [[nodiscard]] OPTRELLA_API std::optional<UUID> fetchOptionalUUID(const ParameterUUID& type,
                                                                  const Parameters& list) noexcept;
-// -1 when what was given is no number.
+// Returns -1 when what was given is no number.
 [[nodiscard]] OPTRELLA_API std::optional<std::int64_t> fetchOptionalNumber(
     const ParameterNumber& type, const Parameters& list) noexcept;
-// The chosen option. STOPS the process when the list holds a word that is no choice, which parse
-// does not let through.
+// Returns the chosen option. STOPS the process when the list holds a word that is no choice, which
+// parse does not let through.
 [[nodiscard]] OPTRELLA_API std::optional<ParameterNone> fetchOptionalListOption(
     const ParameterList& type, const Parameters& list) noexcept;
-// The path as it is now; tests nothing.
+// Returns the file that the path names now; tests nothing.
 [[nodiscard]] OPTRELLA_API std::optional<FileURL> fetchOptionalURL(const ParameterFileURL& type,
                                                                    const Parameters& list) noexcept;
 
-// The same for required parameters. STOPS the process when the parameter was not given.
+// Do the same for required parameters. STOPS the process when the parameter was not given.
 [[nodiscard]] OPTRELLA_API Text fetchString(const ParameterString& type,
                                             const Parameters& list) noexcept;
 [[nodiscard]] OPTRELLA_API UUID fetchUUID(const ParameterUUID& type,

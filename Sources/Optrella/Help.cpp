@@ -1,54 +1,52 @@
 #include "Optrella/Help.hpp"
 
-#include <string>
-
-#include "Optrella/Internal/CommandLine.hpp"
-#include "Optrella/Internal/Help.hpp"
-#include "Optrella/Internal/Print.hpp"
-#include "Optrella/Internal/Unicode.hpp"
+#include "Optrella/CommandLine/Declaration.hpp"
+#include "Optrella/Help/Listing.hpp"
+#include "Optrella/Text/Print.hpp"
+#include "Optrella/Text/Unicode.hpp"
 
 namespace Optrella {
 
 namespace {
 
 using Internal::Declaration;
-using Internal::Lines;
 using Internal::Listing;
+using Internal::StringBuilder;
 
-void appendHelpLine(Lines& lines, const CommandLinePossibility& possibility) {
-    // Ends the line of the synopses. The blank behind the help text always stands: so there are two
+void appendHelpLine(StringBuilder& text, const CommandLinePossibility& possibility) {
+    // Ends the line of the synopses. The space after the help text always stands: so there are two
     // before the note and one at the end of a line without it.
-    lines.append("\n  ", Declaration::help(possibility), " ");
-    if (Declaration::requiresRoot(possibility)) lines.append(" (must be run as root)");
-    lines.append("\n");
+    text.append("\n  ", Declaration::help(possibility), " ");
+    if (Declaration::requiresRoot(possibility)) text.append(" (must be run as root)");
+    text.append("\n");
 }
 
 // Shows what of a command was listed before the parameter that cannot be.
-[[noreturn]] void stopBehind(const Listing& listing) {
-    Internal::print(listing.lines);
+[[noreturn]] void stopAfter(const Listing& listing) {
+    Internal::print(listing.text);
     Internal::fatalStop();
 }
 
 void appendChoices(Listing& listing, const ListOptions& options) {
-    Lines& lines = listing.descriptions;
-    lines.append("        Must be one of: ");
+    StringBuilder& text = listing.descriptions;
+    text.append("        Must be one of: ");
     for (const ParameterNone& option : options) {
-        if (option.common.tags.empty()) stopBehind(listing);
-        lines.append(option.firstTag(), ", ");
+        if (option.common.tags.empty()) stopAfter(listing);
+        text.append(option.firstTag(), ", ");
     }
     // Without choices this takes the ": " of the fixed text.
-    lines.shorten(Internal::sizeOfLastCharacters(lines, 2));
-    lines.append("\n");
+    for (int i = 0; i < 2; ++i) text.removeLast(Internal::sizeOfLastCharacter(text));
+    text.append("\n");
 }
 
-void appendDescription(Listing& listing, const ParameterProtocol& parameter) {
+void appendDescription(Listing& listing, const Internal::ParameterView& parameter) {
     const commonDetails& common = parameter.common();
-    Lines& lines = listing.descriptions;
+    StringBuilder& text = listing.descriptions;
     if (!common.hasParameter) {
-        if (!common.tagHelp.empty()) lines.append("    ", common.tagHelp, "\n");
+        if (!common.tagHelp.empty()) text.append("    ", common.tagHelp, "\n");
         return;
     }
-    lines.append("    ", common.parameterName, "  -  ", common.tagHelp, "\n");
+    text.append("    ", common.parameterName, "  -  ", common.tagHelp, "\n");
     if (const auto* list = parameter.as<ParameterList>()) {
         appendChoices(listing, list->validOptions());
     }
@@ -58,25 +56,25 @@ void appendDescription(Listing& listing, const ParameterProtocol& parameter) {
 
 namespace Internal {
 
-void formTagHelp(Lines& lines, const ParameterProtocol& option, bool optional) {
+void formTagHelp(StringBuilder& text, const ParameterView& option, bool optional) {
     const commonDetails& common = option.common();
-    const std::size_t begin = lines.size();
-    if (optional) lines.append("[ ");
+    const std::size_t begin = text.size();
+    if (optional) text.append("[ ");
     for (const Text& tag : common.tags) {
-        lines.append(tag, "|");
+        text.append(tag, "|");
     }
-    // The last bar; without tags, the blank of "[ ".
-    lines.shorten(sizeOfLastCharacters(lines.from(begin), 1));
-    if (common.hasParameter) lines.append(" <", common.parameterName, "> ");
-    if (optional) lines.append(" ]");
+    // The last bar; without tags, the space of "[ ".
+    text.removeLast(sizeOfLastCharacter(text.from(begin)));
+    if (common.hasParameter) text.append(" <", common.parameterName, "> ");
+    if (optional) text.append(" ]");
 }
 
-void displayHelpParameters(Listing& listing, const Parameters& list, bool optional) {
-    for (const ParameterProtocol& parameter : list) {
+void displayHelpParameters(Listing& listing, KeptList list, bool optional) {
+    for (const KeptParameter& parameter : list) {
         // It has no last bar to drop.
-        if (!optional && parameter.common().tags.empty()) stopBehind(listing);
-        formTagHelp(listing.lines, parameter, optional);
-        listing.lines.append(" ");
+        if (!optional && parameter.common().tags.empty()) stopAfter(listing);
+        formTagHelp(listing.text, parameter, optional);
+        listing.text.append(" ");
         appendDescription(listing, parameter);
     }
 }
@@ -90,10 +88,10 @@ void displayHelp(CommandList commandList) noexcept {
         if (Declaration::hidden(possibility)) continue;
         Internal::displayHelpParameters(listing, Declaration::required(possibility), false);
         Internal::displayHelpParameters(listing, Declaration::optional(possibility), true);
-        appendHelpLine(listing.lines, possibility);
-        listing.lines.append(listing.descriptions, "\n");
-        Internal::print(listing.lines);
-        listing.lines.clear();
+        appendHelpLine(listing.text, possibility);
+        listing.text.append(listing.descriptions, "\n");
+        Internal::print(listing.text);
+        listing.text.clear();
         listing.descriptions.clear();
     }
 }

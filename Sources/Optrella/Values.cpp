@@ -3,7 +3,6 @@
 #include <string>
 #include <string_view>
 
-#include "Optrella/Internal/Lines.hpp"
 #include "Optrella/Platform/Files.hpp"
 
 namespace Optrella {
@@ -22,19 +21,25 @@ std::optional<std::uint8_t> hexadecimalDigit(char c) noexcept {
 }
 
 // The characters of an RFC 3986 path: unreserved, sub-delims, ":", "@", and the "/" between.
-bool standsInURLPath(char c) noexcept {
+constexpr bool standsInURLPath(char c) noexcept {
     const bool isAlphanumeric =
         (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
     return isAlphanumeric ||
            std::string_view("-._~!$&'()*+,;=:@/").find(c) != std::string_view::npos;
 }
 
-void appendPercentEncoded(Internal::Lines& url, std::string_view path) {
+void appendPercentEncoded(std::string& url, std::string_view path) {
     constexpr char digits[] = "0123456789ABCDEF";
-    for (const char c : path) {
-        const auto byte = static_cast<unsigned char>(c);
+    while (!path.empty()) {
+        std::size_t run = 0;
+        while (run < path.size() && standsInURLPath(path[run])) ++run;
+        url.append(path.substr(0, run));
+        path.remove_prefix(run);
+        if (path.empty()) return;
+        const auto byte = static_cast<unsigned char>(path.front());
         const char encoded[] = {'%', digits[byte / 16], digits[byte % 16]};
-        url.append(standsInURLPath(c) ? std::string_view(&c, 1) : std::string_view(encoded, 3));
+        url.append(encoded, sizeof encoded);
+        path.remove_prefix(1);
     }
 }
 
@@ -49,24 +54,24 @@ std::string withoutDotSegments(std::string_view path) {
         path.remove_prefix(segment.size());
         if (segment == "/." || segment == "/..") {
             if (segment == "/..") out.resize(out.empty() ? 0 : out.rfind('/'));
-            if (isLast) out += '/';
+            if (isLast) out.append("/");
         } else {
-            out += segment;
+            out.append(segment);
         }
     }
     return out;
 }
 
 // A path that holds a NUL names nothing.
-bool isFolder(const Text& path) noexcept {
+bool isDirectory(const Text& path) noexcept {
     return static_cast<std::string_view>(path).find('\0') == std::string_view::npos &&
-           Platform::isFolder(path.c_str());
+           Platform::isDirectory(path.c_str());
 }
 
 std::string absolute(std::string_view path, std::string_view directory) {
     std::string joined(directory);
-    if (!joined.ends_with('/')) joined += '/';
-    joined += path;
+    if (!joined.ends_with('/')) joined.append("/");
+    joined.append(path);
     return joined;
 }
 
@@ -91,7 +96,7 @@ std::optional<UUID> UUID::fromText(const Text& text) noexcept {
     return uuid;
 }
 
-Text UUID::text() const {
+Text UUID::text() const noexcept {
     constexpr char digits[] = "0123456789ABCDEF";
     char text[36];
     std::size_t size = 0;
@@ -103,20 +108,25 @@ Text UUID::text() const {
     return std::string_view(text, size);
 }
 
-FileURL FileURL::fromPath(const Text& path) {
+FileURL FileURL::fromPath(const Text& path) noexcept {
     const std::string_view typed = path;
-    Text absolutePath = path;
-    std::string named(typed);
+    FileURL url(path, path);
     if (!typed.starts_with('/')) {
         const std::optional<std::string> directory = Platform::currentDirectory();
-        named = withoutDotSegments(absolute(typed, directory.value_or("/")));
-        if (directory) absolutePath = typed.empty() ? *directory : absolute(typed, *directory);
+        const std::string joined = absolute(typed, directory ? *directory : "/");
+        if (directory) url.path_ = typed.empty() ? *directory : joined;
+        url.named_ = withoutDotSegments(joined);
     }
-    if (!named.ends_with('/') && isFolder(path)) named += '/';
-    Internal::Lines url;
-    url.append("file://");
-    appendPercentEncoded(url, named);
-    return {url, absolutePath};
+    const std::string_view named = url.named_;
+    url.lacksSlash_ = !named.ends_with('/') && isDirectory(path);
+    return url;
+}
+
+Text FileURL::text() const noexcept {
+    std::string url("file://");
+    appendPercentEncoded(url, named_);
+    if (lacksSlash_) url.append("/");
+    return url;
 }
 
 }  // namespace Optrella

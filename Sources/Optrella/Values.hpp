@@ -21,39 +21,42 @@ namespace Optrella {
 struct OPTRELLA_API UUID {
     std::array<std::uint8_t, 16> bytes{};  // all zero unless it was made from a text
 
-    // Nothing unless the text is 8-4-4-4-12 hexadecimal digits of either case.
+    // Returns nothing unless the text is 8-4-4-4-12 hexadecimal digits of either case.
     [[nodiscard]] static std::optional<UUID> fromText(const Text& text) noexcept;
-    // The 36 characters, in upper case.
-    [[nodiscard]] Text text() const;
+    // Returns the 36 characters, in upper case.
+    [[nodiscard]] Text text() const noexcept;
 
-    // By the bytes, from first to last.
+    // Compares the bytes, from first to last.
     friend auto operator<=>(const UUID&, const UUID&) = default;
 };
 
 // An absolute path, and the file URL that names it.
 class OPTRELLA_API FileURL {
 public:
-    // The file that `path` names now; a relative path counts from the current directory, and the
-    // empty one is that directory. Asks the file system whether the path names a folder.
-    [[nodiscard]] static FileURL fromPath(const Text& path);
+    // Returns the file that `path` names now; a relative path counts from the current directory,
+    // and the empty one is that directory. Asks the file system whether the path names a directory.
+    [[nodiscard]] static FileURL fromPath(const Text& path) noexcept;
 
-    // "file://" and the absolute path, percent-encoded, with "/" at the end of an existing folder.
-    // Of a path that was relative, "." and ".." have been taken out, links not looked at.
-    [[nodiscard]] const Text& text() const noexcept { return text_; }
-    // The path as it was given, made absolute and otherwise untouched: whatever links it passes, it
-    // names the file that was meant. (With no current directory a relative path stays relative.)
+    // Returns "file://" and the absolute path, percent-encoded, with "/" at the end of what was an
+    // existing directory. Of a path that was relative, "." and ".." have been taken out, links not
+    // looked at. Each call makes the text.
+    [[nodiscard]] Text text() const noexcept;
+    // Returns the path as it was given, made absolute and otherwise untouched: whatever links it
+    // passes, it names the file that was meant. (With no current directory a relative path stays
+    // relative.)
     [[nodiscard]] const Text& path() const noexcept { return path_; }
 
-    // By the URL's text.
+    // Compares the URLs' texts.
     friend bool operator==(const FileURL& left, const FileURL& right) noexcept {
-        return left.text_ == right.text_;
+        return left.text() == right.text();
     }
 
 private:
-    FileURL(Text text, Text path) noexcept : text_(std::move(text)), path_(std::move(path)) {}
+    FileURL(Text path, Text named) noexcept : path_(std::move(path)), named_(std::move(named)) {}
 
-    Text text_;
     Text path_;
+    Text named_;  // what the text encodes
+    bool lacksSlash_ = false;
 };
 
 }  // namespace Optrella

@@ -1,8 +1,11 @@
 #include "Calls.hpp"
 
-#include <Optrella/PromptForPassword.hpp>
+#include <Optrella/Elevation/PromptForPassword.hpp>
 #include <optional>
 #include <thread>
+#include <type_traits>
+
+#include "Support/Kinds.hpp"
 
 namespace Behaviour {
 
@@ -18,16 +21,6 @@ json listed(const Tags& tags) {
     return list;
 }
 
-const char* nameOfKind(const ParameterProtocol& parameter) {
-    if (parameter.as<ParameterNone>() != nullptr) return "ParameterNone";
-    if (parameter.as<ParameterString>() != nullptr) return "ParameterString";
-    if (parameter.as<ParameterUUID>() != nullptr) return "ParameterUUID";
-    if (parameter.as<ParameterNumber>() != nullptr) return "ParameterNumber";
-    if (parameter.as<ParameterList>() != nullptr) return "ParameterList";
-    if (parameter.as<ParameterFileURL>() != nullptr) return "ParameterFileURL";
-    return "unknown";
-}
-
 // ---- Fetching ----
 
 enum class Fetch { optional, stopping };
@@ -39,37 +32,27 @@ Fetch fetchOf(const json& aCase) {
     throw NoCase("no such fetch: " + found->dump());
 }
 
-json written(const Text& value) { return text(value); }
+json written(const std::string& value) { return text(value); }
 json written(std::int64_t value) { return value; }
-json written(const UUID& value) { return text(value.text()); }
-json written(const ParameterNone& option) { return text(option.firstTag()); }
-json written(const FileURL& value) { return text(value.text()); }
 
-template <class Value>
-json written(const std::optional<Value>& value) {
-    return value ? written(*value) : json();
+template <class Kind>
+json fetched(const Kind& type, const Parameters& given, Fetch fetch) {
+    using Entry = Tests::KindEntry<Kind>;
+    if constexpr (std::is_same_v<Kind, ParameterNone>) {
+        return Entry::fetchOptional(type, given);
+    } else {
+        if (fetch == Fetch::stopping) return written(Entry::observed(Entry::fetch(type, given)));
+        const auto value = Entry::fetchOptional(type, given);
+        return value ? written(Entry::observed(*value)) : json();
+    }
 }
 
 json fetchedValue(const ParameterProtocol& type, const Parameters& given, Fetch fetch) {
-    const bool stops = fetch == Fetch::stopping;
-    if (const auto* flag = type.as<ParameterNone>()) return fetchOptionalNone(*flag, given);
-    if (const auto* string = type.as<ParameterString>()) {
-        return stops ? written(fetchString(*string, given))
-                     : written(fetchOptionalString(*string, given));
-    }
-    if (const auto* uuid = type.as<ParameterUUID>()) {
-        return stops ? written(fetchUUID(*uuid, given)) : written(fetchOptionalUUID(*uuid, given));
-    }
-    if (const auto* number = type.as<ParameterNumber>()) {
-        return stops ? written(fetchNumber(*number, given))
-                     : written(fetchOptionalNumber(*number, given));
-    }
-    if (const auto* choice = type.as<ParameterList>()) {
-        return stops ? written(fetchListOption(*choice, given))
-                     : written(fetchOptionalListOption(*choice, given));
-    }
-    const auto& url = *type.as<ParameterFileURL>();
-    return stops ? written(fetchURL(url, given)) : written(fetchOptionalURL(url, given));
+    json value;
+    Tests::forEachKind([&]<class Kind>() {
+        if (const Kind* kind = type.as<Kind>()) value = fetched(*kind, given, fetch);
+    });
+    return value;
 }
 
 // ---- Parse ----
@@ -83,7 +66,7 @@ struct Run {
 
 void recordGiven(Run& run, const Parameters& given) {
     for (const ParameterProtocol& each : given) {
-        run.parameters.push_back({{"kind", nameOfKind(each)},
+        run.parameters.push_back({{"kind", Tests::nameOfKind(each)},
                                   {"tags", listed(each.common().tags)},
                                   {"userValue", text(each.common().userValue)}});
     }
@@ -152,13 +135,16 @@ json callValidate(const json& aCase) {
 
 json callGetValue(const json& aCase) {
     const ParameterProtocol held = parameter(at(aCase, "parameter"));
-    const auto value = [&]() -> json {
-        if (const auto* number = held.as<ParameterNumber>()) return written(number->getValue());
-        if (const auto* choice = held.as<ParameterList>()) return written(choice->getValue());
-        if (const auto* url = held.as<ParameterFileURL>()) return written(url->getValue());
-        throw NoCase(std::string("no getValue: ") + nameOfKind(held));
-    };
-    return {{"value", value()}};
+    std::optional<json> value;
+    Tests::forEachKind([&]<class Kind>() {
+        if constexpr (requires(const Kind& kind) { kind.getValue(); }) {
+            if (const Kind* kind = held.as<Kind>()) {
+                value = written(Tests::KindEntry<Kind>::observed(kind->getValue()));
+            }
+        }
+    });
+    if (!value) throw NoCase("no getValue: " + Tests::nameOfKind(held));
+    return {{"value", *value}};
 }
 
 json callFirstTag(const json& aCase) {

@@ -4,6 +4,8 @@
 #include <limits>
 #include <optional>
 
+#include "Support/Kinds.hpp"
+
 namespace Behaviour {
 
 namespace {
@@ -62,10 +64,7 @@ std::int64_t integer(const json& value) {
     return value.get<std::int64_t>();
 }
 
-Tags tags(const json& description) { return texts(at(description, "tags")); }
 Text textAt(const json& description, const char* key) { return bytes(at(description, key)); }
-Text tagHelp(const json& description) { return textAt(description, "tagHelp"); }
-Text parameterName(const json& description) { return textAt(description, "parameterName"); }
 
 // With the user's value, if the description has one.
 template <class Kind>
@@ -74,42 +73,34 @@ Kind filledIn(Kind kind, const json& description) {
     return kind;
 }
 
-ParameterNone flag(const json& description) {
-    return filledIn(ParameterNone(tags(description), tagHelp(description)), description);
-}
+// The fields of a kind, as a case gives them.
+class DescribedFields {
+public:
+    explicit DescribedFields(const json& description) : description_(description) {}
 
-ParameterNumber number(const json& description) {
-    return {tags(description), parameterName(description), integer(at(description, "min")),
-            integer(at(description, "max")), tagHelp(description)};
-}
-
-ParameterList choice(const json& description) {
-    std::vector<ParameterNone> options;
-    for (const json& option : list(at(description, "validOptions"))) {
-        options.push_back(flag(option));
+    Tags tags() { return texts(at(description_, "tags")); }
+    Text text(const char* key) { return textAt(description_, key); }
+    std::int64_t number(const char* key) { return integer(at(description_, key)); }
+    ListOptions options(const char* key) {
+        std::vector<ParameterNone> options;
+        for (const json& option : list(at(description_, key))) {
+            DescribedFields fields(option);
+            options.push_back(filledIn(Tests::KindEntry<ParameterNone>::made(fields), option));
+        }
+        return options;
     }
-    return {tags(description), std::move(options), parameterName(description),
-            tagHelp(description)};
-}
-
-template <class Case>
-Case named(const json& name, std::initializer_list<std::pair<const char*, Case>> cases) {
-    for (const auto& [text, value] : cases) {
-        if (name == text) return value;
+    template <class Case>
+    Case word(const char* key, const Tests::Cases<Case>& cases) {
+        const json& name = at(description_, key);
+        for (const auto& [text, value] : cases) {
+            if (name == text) return value;
+        }
+        throw NoCase("no such case: " + name.dump());
     }
-    throw NoCase("no such case: " + name.dump());
-}
 
-ParameterFileURL fileURL(const json& description) {
-    using enum ParameterFileURL::urlType;
-    using enum ParameterFileURL::existState;
-    return {tags(description),
-            named(at(description, "type"),
-                  {std::pair{"file", file}, {"folder", folder}, {"fileOrFolder", fileOrFolder}}),
-            named(at(description, "state"),
-                  {std::pair{"exist", exist}, {"absent", absent}, {"vague", vague}}),
-            parameterName(description), tagHelp(description)};
-}
+private:
+    const json& description_;
+};
 
 }  // namespace
 
@@ -144,23 +135,15 @@ bool boolean(const json& value) {
 }
 
 ParameterProtocol parameter(const json& description) {
-    const json& kind = at(description, "kind");
-    const auto made = [&](auto parameter) -> ParameterProtocol {
-        return filledIn(std::move(parameter), description);
-    };
-    if (kind == "ParameterNone") return flag(description);
-    if (kind == "ParameterString") {
-        return made(
-            ParameterString(tags(description), parameterName(description), tagHelp(description)));
-    }
-    if (kind == "ParameterUUID") {
-        return made(
-            ParameterUUID(tags(description), parameterName(description), tagHelp(description)));
-    }
-    if (kind == "ParameterNumber") return made(number(description));
-    if (kind == "ParameterList") return made(choice(description));
-    if (kind == "ParameterFileURL") return made(fileURL(description));
-    throw NoCase("no such kind: " + kind.dump());
+    const json& name = at(description, "kind");
+    std::optional<ParameterProtocol> made;
+    Tests::forEachKind([&]<class Kind>() {
+        if (name != Tests::KindEntry<Kind>::name) return;
+        DescribedFields fields(description);
+        made = filledIn(Tests::KindEntry<Kind>::made(fields), description);
+    });
+    if (!made) throw NoCase("no such kind: " + name.dump());
+    return *made;
 }
 
 Parameters parameters(const json& descriptions) {

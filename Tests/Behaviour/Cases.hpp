@@ -1,7 +1,7 @@
 // Cases.hpp - reads the parts of a case, and writes texts as observations hold them.
 //
-// Every part must be there and of its type: a case with a slip is no case, and never means
-// something else.
+// Every part must be there and of its type: a case with a mistake is refused, and never taken for
+// another one.
 
 #ifndef OPTRELLA_TESTS_BEHAVIOUR_CASES_HPP
 #define OPTRELLA_TESTS_BEHAVIOUR_CASES_HPP

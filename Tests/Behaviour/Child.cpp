@@ -61,8 +61,8 @@ private:
     int ends_[2] = {-1, -1};
 };
 
-// What comes out of the child. The report is a pipe apart, so that nothing that is printed can be
-// taken for it.
+// What comes out of the child. The report has a pipe of its own, so that nothing that is printed
+// can be taken for it.
 struct Streams {
     Pipe report, output, errors;
 
@@ -88,11 +88,11 @@ bool takeStreams(const Streams& streams) {
 
 [[noreturn]] void workInChild(const std::function<std::string()>& work, Streams& streams) {
     constexpr int cannotBegin = 126;
-    ::setsid();  // a group to be killed by, and no terminal to be asked for a password at
+    ::setsid();  // a group that can be killed, and no terminal to ask for a password
     leaveNoCore();
     if (!takeStreams(streams)) ::_exit(cannotBegin);
     for (Pipe* pipe : streams.all()) pipe->closeReadEnd();
-    // What was printed before a fatal stop is to be seen.
+    // What was printed before a fatal stop must be seen.
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     const std::string report = work();
     writeAll(streams.report.writeEnd(), report);
@@ -137,7 +137,7 @@ private:
 
     // False when nothing has come.
     bool collectOnce(int timeout) {
-        const int ready = ::poll(polled_.data(), polled_.size(), timeout);
+        const int ready = ::poll(polled_.data(), static_cast<nfds_t>(polled_.size()), timeout);
         if (ready < 0 && errno != EINTR) fail("poll");
         for (std::size_t i = 0; ready > 0 && i < polled_.size(); ++i) {
             if (polled_[i].revents != 0 && !readSome(polled_[i].fd, *texts_[i])) polled_[i].fd = -1;

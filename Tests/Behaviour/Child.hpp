@@ -19,7 +19,7 @@ struct Outcome {
     std::optional<int> status;  // how it ended, as waitpid tells it; nothing when its time was up
 };
 
-// The child has no input and no terminal, and leaves neither a core file nor a process behind.
+// The child has no input and no terminal, and leaves neither a core file nor a process.
 // Throws std::system_error when there can be no child.
 Outcome runInChild(const std::function<std::string()>& work, std::chrono::nanoseconds limit);
 

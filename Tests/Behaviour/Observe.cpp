@@ -1,6 +1,7 @@
 // Observe.cpp - cases in, observations out: one JSON object a line, in the same order.
 //
 //     optrella-observe [--time-limit SECONDS] < cases.jsonl
+//     optrella-observe --kinds      the names of the kinds, a line each
 //
 // It judges nothing. README.md describes the format.
 
@@ -20,6 +21,7 @@
 #include "Calls.hpp"
 #include "Cases.hpp"
 #include "Child.hpp"
+#include "Support/Kinds.hpp"
 
 namespace {
 
@@ -88,7 +90,7 @@ bool isFatalStop(int status) {
 }
 
 json unexpectedEnd(const Outcome& outcome) {
-    // For whoever looks for the reason: a sanitizer says it there.
+    // A sanitizer writes the reason there.
     writeAll(STDERR_FILENO, outcome.errors);
     const int status = *outcome.status;
     return error(WIFSIGNALED(status) ? "ended by signal " + std::to_string(WTERMSIG(status))
@@ -143,9 +145,17 @@ void takeSurroundings() {
 
 int main(int argc, char* argv[]) try {
     takeSurroundings();
+    if (argc == 2 && std::string_view(argv[1]) == "--kinds") {
+        Tests::forEachKind([]<class Kind>() {
+            writeAll(STDOUT_FILENO, std::string(Tests::KindEntry<Kind>::name) + "\n");
+        });
+        return EXIT_SUCCESS;
+    }
     const std::optional<Seconds> limit = limitOf(argc, argv);
     if (!limit) {
-        writeAll(STDERR_FILENO, "usage: optrella-observe [--time-limit SECONDS] < cases.jsonl\n");
+        writeAll(
+            STDERR_FILENO,
+            "usage: optrella-observe [--time-limit SECONDS] < cases.jsonl\n       optrella-observe --kinds\n");
         return usageError;
     }
     Lines lines;

@@ -15,7 +15,7 @@ import subprocess
 import sys
 
 CASES = pathlib.Path(__file__).resolve().parent / "Cases"
-DIRECTORY = "/dev"  # a folder that every system has, with `null` in it
+DIRECTORY = "/dev"  # a directory that every system has, with `null` in it
 NOBODY = 65534
 CONTEXT = 24  # bytes shown on each side of a difference
 

@@ -33,17 +33,17 @@ class ComparisonTest(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        self.file = self.folder / "cases.jsonl"
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.directory = pathlib.Path(directory.name)
+        self.file = self.directory / "cases.jsonl"
 
     def write(self, *cases):
         self.file.write_text("".join(json.dumps(case) + "\n" for case in cases))
 
     def fake_runner(self, body):
         """A runner that does as the Python code says; `lines` are the cases."""
-        runner = self.folder / "runner"
+        runner = self.directory / "runner"
         runner.write_text(f"#!{sys.executable}\nimport json, os, signal, sys\n"
                           f"lines = sys.stdin.readlines()\n{body}\n")
         runner.chmod(0o700)
@@ -98,13 +98,13 @@ class Differences(ComparisonTest):
                             r"    expected b'abd\n'", r"    observed b'abc\n'")
 
     def test_only_the_surroundings_of_a_long_text_are_shown(self):
-        before, behind = "1" * 100, "2" * 100
-        self.assert_differs(message(before + "b" + behind, {"stderr": before + "a" + behind + "\n"}),
+        before, after = "1" * 100, "2" * 100
+        self.assert_differs(message(before + "b" + after, {"stderr": before + "a" + after + "\n"}),
                             "stderr, byte 100: expected b'a' (0x61), observed b'b' (0x62)",
-                            f"    expected ... b'{before[:24]}a{behind[:23]}'",
-                            f"    observed ... b'{before[:24]}b{behind[:23]}'")
+                            f"    expected ... b'{before[:24]}a{after[:23]}'",
+                            f"    observed ... b'{before[:24]}b{after[:23]}'")
 
-    def test_a_blank_at_the_end_is_a_difference(self):
+    def test_a_space_at_the_end_is_a_difference(self):
         self.assert_differs(message("x ", {"stderr": "x\n"}),
                             r"stderr, byte 1: expected b'\n' (0x0a), observed b' ' (0x20)",
                             r"    expected b'x\n'", r"    observed b'x \n'")
@@ -209,7 +209,7 @@ class Faults(ComparisonTest):
         self.assertIn("the observation is no object\n", result.stdout)
 
     def test_a_runner_that_is_not_there(self):
-        missing = self.folder / "missing"
+        missing = self.directory / "missing"
         self.assert_fault(f"[Errno 2] No such file or directory: '{missing}'", runner=missing)
 
     def test_a_file_that_is_not_there(self):
@@ -263,13 +263,13 @@ class Needs(ComparisonTest):
              "optional": [], "help": "", "hidden": False}]}
         self.write({**command, "needs": "user", "expect": {"ran": None}},
                    {**command, "needs": "root", "expect": {"ran": 0}})
-        runner = shutil.copy(RUNNER, self.folder)  # where everybody can start it
-        self.folder.chmod(0o755)
+        runner = shutil.copy(RUNNER, self.directory)  # where everybody can start it
+        self.directory.chmod(0o755)
         self.assert_passes(2, runner=runner)
 
     @unittest.skipUnless(os.geteuid() == 0, "only root can become another user")
     def test_root_skips_the_others_aloud_when_nobody_cannot_start_the_runner(self):
-        result = self.compared(runner=shutil.copy(RUNNER, self.folder))
+        result = self.compared(runner=shutil.copy(RUNNER, self.directory))
         self.assertEqual(result.returncode, 0)
         self.assertRegex(result.stdout, r"^\.\.\. skipped 1 cases: they need a user outside of group 0, "
                          r"who cannot start the runner: .*\nbehaviour: 1 cases compared, 0 differ\n$")

@@ -211,10 +211,11 @@ class Children(RunnerTest):
                              [{"value": text, "stdout": "", "stderr": "", "stopped": False}])
 
     def test_the_runner_keeps_its_current_directory(self):
-        with tempfile.TemporaryDirectory() as folder:
-            folder = os.path.realpath(folder)
-            [observation] = self.observed([{"call": "getValue", "parameter": file_url("x")}], cwd=folder)
-            self.assertEqual(observation["value"], pathlib.Path(folder, "x").as_uri())
+        with tempfile.TemporaryDirectory() as directory:
+            directory = os.path.realpath(directory)
+            [observation] = self.observed([{"call": "getValue", "parameter": file_url("x")}],
+                                          cwd=directory)
+            self.assertEqual(observation["value"], pathlib.Path(directory, "x").as_uri())
 
     def test_a_stop_leaves_no_core_file(self):
         pattern = pathlib.Path("/proc/sys/kernel/core_pattern")
@@ -227,16 +228,16 @@ class Children(RunnerTest):
         def allow_core_files():
             resource.setrlimit(resource.RLIMIT_CORE, (hard, hard))
 
-        with tempfile.TemporaryDirectory() as folder:
-            own = subprocess.run([sys.executable, "-c", "import os; os.abort()"], cwd=folder, check=False,
+        with tempfile.TemporaryDirectory() as directory:
+            own = subprocess.run([sys.executable, "-c", "import os; os.abort()"], cwd=directory, check=False,
                                  preexec_fn=allow_core_files)
             self.assertEqual(own.returncode, -signal.SIGABRT)
-            if not os.listdir(folder):
+            if not os.listdir(directory):
                 self.skipTest("no process leaves a core file here")
-            for core in os.listdir(folder):
-                os.remove(os.path.join(folder, core))
-            self.assert_observed([STOP], [STOP_OBSERVED], cwd=folder, preexec_fn=allow_core_files)
-            self.assertEqual(os.listdir(folder), [])
+            for core in os.listdir(directory):
+                os.remove(os.path.join(directory, core))
+            self.assert_observed([STOP], [STOP_OBSERVED], cwd=directory, preexec_fn=allow_core_files)
+            self.assertEqual(os.listdir(directory), [])
 
 
 class Surroundings(RunnerTest):
@@ -267,6 +268,25 @@ class Surroundings(RunnerTest):
                          (1, b"optrella-observe: write: Bad file descriptor\n"))
 
 
+class Kinds(RunnerTest):
+    def kinds(self):
+        result = run(b"", "--kinds")
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        kinds = result.stdout.decode().splitlines()
+        self.assertIn("ParameterFileURL", kinds)
+        return kinds
+
+    def test_each_kind_that_is_named_is_known(self):
+        kinds = self.kinds()
+        self.assert_observed([{"call": "firstTag", "parameter": {"kind": kind}} for kind in kinds],
+                             [{"error": "no key tags"}] * len(kinds))
+
+    def test_each_kind_has_a_row_in_the_readme(self):
+        page = (pathlib.Path(__file__).resolve().parents[2] / "README.md").read_text()
+        for kind in self.kinds():
+            self.assertIn(f"\n| `{kind}` | ", page)
+
+
 class TimeLimit(RunnerTest):
     def test_a_case_that_takes_too_long_gives_timeout_and_the_next_one_is_observed(self):
         begin = time.monotonic()
@@ -280,7 +300,8 @@ class TimeLimit(RunnerTest):
             with self.subTest(arguments):
                 result = run(as_lines([HELP]), *arguments)
                 self.assertEqual((result.returncode, result.stdout, result.stderr), (
-                    64, b"", b"usage: optrella-observe [--time-limit SECONDS] < cases.jsonl\n"))
+                    64, b"", b"usage: optrella-observe [--time-limit SECONDS] < cases.jsonl\n"
+                    b"       optrella-observe --kinds\n"))
 
 
 def children_of(process):

@@ -14,10 +14,10 @@
 //   signals           writes which signals are blocked and ignored
 //   relations         writes parent, process group and session
 //   place             writes working directory and umask
-//   environment       writes the environment, a NUL behind each entry
+//   environment       writes the environment, a NUL after each entry
 //   sleep COUNT       sleeps so many milliseconds
-//   heir              leaves a process behind that holds the pipes until nobody reads them
-//   flood             leaves a process behind that writes until nobody reads
+//   heir              leaves a process running that holds the pipes until nobody reads them
+//   flood             leaves a process running that writes until nobody reads
 //   stop              stops and is woken a little later
 //   abandon           closes descriptors 0 to 2
 //   kill SIGNAL       dies of the signal
@@ -108,7 +108,7 @@ std::string environment() {
     return text;
 }
 
-// Both processes that are left behind end when nobody reads any more, or after ten seconds.
+// Both processes that are left running end when nobody reads any more, or after ten seconds.
 
 void leaveHeir() {
     if (::fork() != 0) return;

@@ -32,7 +32,7 @@ using namespace std::chrono_literals;
 // Which calls fail, and what has been called.
 class Calls {
 public:
-    // From the `first` call of the function on, so many calls fail.
+    // Makes `times` calls of the function fail, from the call with the number `first` on.
     void fail(std::string function, int error, int first, int times) {
         const std::lock_guard lock(mutex_);
         function_ = std::move(function);
@@ -46,7 +46,7 @@ public:
         made_.clear();
         isOn_ = true;
     }
-    // The calls that were made.
+    // Returns the calls since start().
     std::vector<std::string> stop() {
         const std::lock_guard lock(mutex_);
         isOn_ = false;
@@ -56,7 +56,7 @@ public:
         const std::lock_guard lock(mutex_);
         return count_ >= first_;
     }
-    // What the call of the function is to fail with; 0 when it is to be made.
+    // The error that the call of the function is to fail with; 0 when it is to be made.
     int errorOf(const char* function) {
         const std::lock_guard lock(mutex_);
         if (!isOn_) return 0;

@@ -65,7 +65,7 @@ Outcome runProbe(const std::vector<std::string>& arguments, Password input = {})
     return outcome;
 }
 
-// Whatever a test does, the process is afterwards as it was.
+// Checks that a test leaves the process as it was.
 class ChildProcess : public testing::Test {
 protected:
     void SetUp() override {
@@ -315,24 +315,24 @@ class UnstartableChild : public ChildProcess {
 protected:
     void SetUp() override {
         ChildProcess::SetUp();
-        folder_ = testing::TempDir() + "optrella-child-XXXXXX";
-        ASSERT_NE(::mkdtemp(folder_.data()), nullptr);
+        directory_ = testing::TempDir() + "optrella-child-XXXXXX";
+        ASSERT_NE(::mkdtemp(directory_.data()), nullptr);
     }
     void TearDown() override {
         for (const std::string& each : files_) ::unlink(each.c_str());
-        ::rmdir(folder_.c_str());
+        ::rmdir(directory_.c_str());
         ChildProcess::TearDown();
     }
 
-    // The path of a new file.
+    // Makes a file and returns its path.
     std::string file(const char* name, std::string_view text, mode_t mode) {
-        files_.push_back(folder_ + '/' + name);
+        files_.push_back(directory_ + '/' + name);
         const int made = ::open(files_.back().c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, mode);
         EXPECT_EQ(::write(made, text.data(), text.size()), static_cast<ssize_t>(text.size()));
         ::close(made);
         return files_.back();
     }
-    const std::string& folder() const { return folder_; }
+    const std::string& directory() const { return directory_; }
 
     static void expectUnstartable(const std::string& program,
                                   const std::vector<std::string>& arguments = {}) {
@@ -344,12 +344,12 @@ protected:
     }
 
 private:
-    std::string folder_;
+    std::string directory_;
     std::vector<std::string> files_;
 };
 
 TEST_F(UnstartableChild, IsMissing) {
-    expectUnstartable(folder() + "/nothing");
+    expectUnstartable(directory() + "/nothing");
     expectUnstartable("");
     expectUnstartable(probe + "/within");
 }
@@ -364,7 +364,7 @@ TEST_F(UnstartableChild, HasNoInterpreter) {
     expectUnstartable(file("script", "#!/nowhere/sh\n", 0755));
 }
 
-TEST_F(UnstartableChild, IsAFolder) { expectUnstartable(folder()); }
+TEST_F(UnstartableChild, IsADirectory) { expectUnstartable(directory()); }
 
 TEST_F(UnstartableChild, IsSearchedForNowhere) { expectUnstartable("true"); }
 
@@ -397,7 +397,7 @@ TEST_F(UnstartableChild, HasTooFewDescriptorsLeft) {
 
 // ---- What the child gets ----
 
-TEST_F(ChildProcess, GetsItsArgumentsUnchangedBehindItsName) {
+TEST_F(ChildProcess, GetsItsArgumentsUnchangedAfterItsName) {
     const std::vector<std::string> arguments{
         "arguments", "",          " ",  " a  b ", "\"'`$HOME\\", "\n", "a\nb\r\n", "\xff\xfe",
         "\xc3\xa9",  "e\xcc\x81", "--", "-x",     "a=b",         "*",  ""};
@@ -468,7 +468,7 @@ TEST_F(ChildProcess, GetsDescriptorsThatBlock) {
     EXPECT_EQ(runProbe({"nonblocking"}, password("p")).output(), "0\n");
 }
 
-// Runs in a process of its own, as code that is 0 when all is well.
+// Runs in a process of its own; returns 0 when all is well.
 int codeWithClosed(int closed) {
     for (const int number : {0, 1, 2}) {
         if ((closed >> number & 1) != 0) ::close(number);
@@ -607,7 +607,7 @@ TEST_F(ChildProcess, HasItsBlocksHandledAwayFromTheSignalsOfTheProcess) {
     }
 }
 
-TEST_F(ChildProcess, StrikesTheProcessWhenTheHandlerWritesToAClosedPipe) {
+TEST_F(ChildProcess, RaisesSigpipeWhenTheHandlerWritesToAClosedPipe) {
     EXPECT_EQ(Tests::exitCodeOf([] {
                   setAllToDefault();
                   int ends[2];
@@ -624,7 +624,7 @@ TEST_F(ChildProcess, StrikesTheProcessWhenTheHandlerWritesToAClosedPipe) {
 
 // ---- Many ----
 
-TEST_F(ChildProcess, LeavesNothingBehindAThousandTimes) {
+TEST_F(ChildProcess, LeavesNothingInTheProcessAThousandTimes) {
     const std::vector<int> descriptorsBefore = Tests::descriptors();
     for (int i = 0; i < 1000; ++i) {
         const std::string number = std::to_string(i);

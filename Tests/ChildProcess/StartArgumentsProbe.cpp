@@ -1,4 +1,4 @@
-// Writes the arguments that it was started with, a NUL behind each, after it has done to them what
+// Writes the arguments that it was started with, a NUL after each, after it has done to them what
 // the variable OPTRELLA_TEST says, for StartArgumentsTests.cpp.
 //
 //   pointers      main points the array elsewhere
@@ -49,7 +49,7 @@ void overwrite(int argc, char* argv[]) {
     for (int i = 0; i < argc; ++i) std::memset(argv[i], '#', std::strlen(argv[i]));
 }
 
-// As early as a program may have it that leaves the first place to the library.
+// As early as a constructor can run in a program that leaves the first place to the library.
 [[gnu::constructor(102)]] void change(int argc, char* argv[], char**) {
     if (wish() == "constructor") overwrite(argc, argv);
 }

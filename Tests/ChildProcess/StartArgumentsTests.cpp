@@ -17,7 +17,7 @@ using Arguments = std::vector<std::string>;
 
 const std::string probe = Tests::programBeside("start-arguments-probe");
 
-// The texts in front of the NULs.
+// The texts, each of which ends at a NUL.
 Arguments split(const std::string& text) {
     Arguments parts;
     for (std::size_t begin = 0; begin < text.size(); begin += parts.back().size() + 1) {
@@ -31,7 +31,7 @@ struct Told {
     Arguments arguments;
 };
 
-// What the probe, started with these arguments, the first of which is its name, tells of them.
+// What the probe writes when it is started with these arguments, the first of which is its name.
 Told told(const Arguments& arguments, const char* wish = "") {
     int ends[2];
     EXPECT_EQ(::pipe(ends), 0);

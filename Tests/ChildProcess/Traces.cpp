@@ -22,16 +22,16 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Whoever started the tests may have children ignored; no end of one would be seen then.
+// Whoever started the tests may ignore SIGCHLD; then no end of a child would be seen.
 class SeenChildren : public testing::Environment {
     void SetUp() override { ::signal(SIGCHLD, SIG_DFL); }
 };
 const testing::Environment* const seenChildren =
     testing::AddGlobalTestEnvironment(new SeenChildren);
 
-std::vector<int> numbersIn(const char* folder) {
+std::vector<int> numbersIn(const char* directory) {
     std::vector<int> numbers;
-    DIR* entries = ::opendir(folder);
+    DIR* entries = ::opendir(directory);
     while (const dirent* entry = ::readdir(entries)) {
         if (entry->d_name[0] != '.') numbers.push_back(std::atoi(entry->d_name));
     }
@@ -42,7 +42,7 @@ std::vector<int> numbersIn(const char* folder) {
 }
 
 constexpr std::size_t secretSize = 32;
-// Volatile, or the compiler would work the secret out.
+// Volatile, or the compiler would compute the secret.
 volatile unsigned char mask = 0xa5;
 
 char secretByte(std::size_t i) { return static_cast<char>((0xc1 ^ (i * 7 & 0x3f) ^ mask) & 0x7f); }
@@ -74,9 +74,9 @@ struct Area {
     unsigned long end;
 };
 
-// Those that the process may write to.
+// The areas of memory that the process may write to.
 std::vector<Area> writableAreas() {
-    // What is larger is the map that a sanitizer keeps, of no bytes of the program's.
+    // A larger one is a sanitizer's own, and holds no bytes of the program.
     constexpr unsigned long largest = 1ul << 30;
     std::vector<Area> areas;
     std::FILE* maps = std::fopen("/proc/self/maps", "re");
@@ -91,7 +91,7 @@ std::vector<Area> writableAreas() {
     return areas;
 }
 
-// The runs of pages that there are, in memory or swapped out: others have never been written to.
+// The runs of pages that are in memory or swapped out: others have never been written to.
 std::vector<Area> pagesOf(const Area& area, int pageMap) {
     constexpr unsigned long page = 4096;
     constexpr std::uint64_t isThere = std::uint64_t{3} << 62;

@@ -1,4 +1,4 @@
-// Traces.hpp - what a piece of code leaves behind in the process.
+// Traces.hpp - what a piece of code leaves in the process.
 
 #ifndef OPTRELLA_TESTS_CHILDPROCESS_TRACES_HPP
 #define OPTRELLA_TESTS_CHILDPROCESS_TRACES_HPP

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""What the documentation shows is so: its programs compile and print what stands behind them.
+"""What the documentation shows is true: its programs compile and print what is shown after them.
 
-documentation_test.py FOLDER PROGRAMS COMPILER [FLAG...]: PROGRAMS is where the example tools have been
-built, the flags are those that compile and link a tool. pages.py says how the blocks of a page are
-marked.
+documentation_test.py DIRECTORY PROGRAMS COMPILER [FLAG...]: PROGRAMS is where the example tools have
+been built, the flags are those that compile and link a tool. pages.py says how the blocks of a page
+are marked.
 """
 
 import pathlib
@@ -12,9 +12,9 @@ import sys
 import tempfile
 import unittest
 
-from pages import FENCED, SNIPPETS, WITH_NAME, Compiler, Folder, blocks, program_of_snippets
+from pages import FENCED, SNIPPETS, WITH_NAME, Compiler, WorkingDirectory, blocks, program_of_snippets
 
-folder = pathlib.Path(sys.argv[1])
+directory = pathlib.Path(sys.argv[1])
 programs = pathlib.Path(sys.argv[2])
 compiler = Compiler(sys.argv[3:])
 
@@ -24,20 +24,20 @@ ELSEWHERE = "getting-started.md"
 
 
 def pages():
-    return sorted([*folder.glob("*.md"), *(folder / "docs").glob("*.md"),
-                   *(folder / "docs" / "man").glob("optrella.*"),
-                   *(folder / "Examples").glob("*/README.md")])
+    return sorted([*directory.glob("*.md"), *(directory / "docs").glob("*.md"),
+                   *(directory / "docs" / "man").glob("optrella.*"),
+                   *(directory / "Examples").glob("*/README.md")])
 
 
 def name_of(page):
-    return str(page.relative_to(folder))
+    return str(page.relative_to(directory))
 
 
 class Documentation(unittest.TestCase):
     def go_through(self, page):
         left_out = set()
         with tempfile.TemporaryDirectory() as work:
-            here = Folder(work, [programs])
+            here = WorkingDirectory(work, [programs])
             for block in blocks(page):
                 if block.needs and not compiler.has(block.needs):
                     why = f"no {block.needs} here"
@@ -61,7 +61,7 @@ class Documentation(unittest.TestCase):
         program, count = program_of_snippets(pages())
         self.assertGreater(count, 0)
         with tempfile.TemporaryDirectory() as work:
-            here = Folder(work)
+            here = WorkingDirectory(work)
             here.write("snippets.cpp", program)
             compiler.compile(here.work / "snippets.cpp", here.work / "snippets", self,
                              "-Wall", "-Wno-unused")
@@ -86,7 +86,7 @@ class Documentation(unittest.TestCase):
                     self.assertTrue((page.parent / link).exists())
 
     def test_the_first_page_shows_a_program_and_a_session(self):
-        kinds = [block.what for block in blocks(folder / "README.md")]
+        kinds = [block.what for block in blocks(directory / "README.md")]
         self.assertEqual(kinds[:2], ["program", "run"])
 
 

@@ -1,10 +1,10 @@
-"""What the pages of the documentation show, and how to find out whether it is so.
+"""What the pages of the documentation show, and how to check whether it is true.
 
 A comment before a code block says what the block is:
 
     <!-- program: NAME -->               a tool's source; NAME is compiled from it
     <!-- program: NAME needs HEADER -->  the same where the header is installed; left out elsewhere
-    <!-- run: NAME -->                   a session: behind each line that begins with "$ " stands all
+    <!-- run: NAME -->                   a session: after each line that begins with "$ " stands all
                                          that it prints; NAME is the program that it is about
     <!-- do -->                          a session of which only the success counts
     <!-- file: PATH -->                  a file's content
@@ -12,8 +12,8 @@ A comment before a code block says what the block is:
     <!-- statements -->                  lines of C++ within an action, which compile
     <!-- checked -->                     the same, and they run: what they assert is true
 
-The blocks of a page are gone through from top to bottom in a folder of the page's own. Later ones see
-what earlier ones have left. Manual pages have the same comments behind .\\", before a literal block.
+The blocks of a page are gone through from top to bottom in a directory of the page's own. Later ones
+see what earlier ones have left. Manual pages have the same comments after .\\", before a literal block.
 """
 
 import os
@@ -73,7 +73,7 @@ def steps(session):
         yield command, output
 
 
-class Folder:
+class WorkingDirectory:
     """Where a page's blocks are gone through."""
 
     def __init__(self, work, programs=(), environment=None):

@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "Elevation/Steps.hpp"
-#include "Optrella/PromptForPassword.hpp"
+#include "Optrella/Elevation/PromptForPassword.hpp"
 
 using namespace Optrella;
 

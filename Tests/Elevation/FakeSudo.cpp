@@ -1,4 +1,4 @@
-// Stands in the place of sudo, for ElevationTests.py: does the steps that stand in a file.
+// Runs in the place of sudo, for ElevationTests.py: does the steps that a file holds.
 
 #include <fstream>
 #include <string>

@@ -60,7 +60,7 @@ void sleepFor(int milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
-void leaveBehind(int milliseconds) {
+void leaveProcess(int milliseconds) {
     const pid_t heir = ::fork();
     if (heir < 0) giveUp();
     if (heir > 0) return;
@@ -127,7 +127,7 @@ void Steps::take(std::string_view step) {
     if (name == "pid") return record(word, std::to_string(::getpid()));
     if (name == "await") return awaitFile(word);
     if (name == "sleep") return sleepFor(numberIn(word));
-    if (name == "leave") return leaveBehind(numberIn(word));
+    if (name == "leave") return leaveProcess(numberIn(word));
     if (name == "kill") dieOf(numberIn(word));
     if (name == "exit") ::_exit(numberIn(word));
     giveUp();

@@ -28,7 +28,7 @@ namespace Tests {
 //   pid PATH      puts the number of the process into a file, in the same way
 //   await PATH    waits until the file exists, ten seconds at most
 //   sleep COUNT   sleeps so many milliseconds
-//   leave COUNT   leaves a process behind that holds the pipes for so many milliseconds
+//   leave COUNT   leaves a process running that holds the pipes for so many milliseconds
 //   kill SIGNAL   dies of the signal
 //   exit CODE     ends at once
 class Steps {

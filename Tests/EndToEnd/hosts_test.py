@@ -91,12 +91,12 @@ class HostsTest(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        self.folder = os.path.realpath(tempfile.mkdtemp(prefix="hosts-test-"))
-        self.addCleanup(shutil.rmtree, self.folder)
+        self.directory = os.path.realpath(tempfile.mkdtemp(prefix="hosts-test-"))
+        self.addCleanup(shutil.rmtree, self.directory)
         self.write("hosts", CONTENT)
 
     def path(self, name):
-        return os.path.join(self.folder, name)
+        return os.path.join(self.directory, name)
 
     def error(self, action, name, number):
         return f"Cannot {action} {self.path(name)}: {os.strerror(number)}\n".encode()
@@ -112,7 +112,7 @@ class HostsTest(unittest.TestCase):
     def run_tool(self, *arguments, tool=None, **options):
         result = subprocess.run(
             [tool or TOOL, *arguments],
-            cwd=self.folder,
+            cwd=self.directory,
             stdin=subprocess.DEVNULL,
             stdout=options.pop("stdout", subprocess.PIPE),
             stderr=subprocess.PIPE,
@@ -125,7 +125,7 @@ class HostsTest(unittest.TestCase):
     def run_as_ordinary_user(self, *arguments):
         if not IS_ROOT:
             return self.run_tool(*arguments)
-        # A copy, because the build folder may be closed to others.
+        # A copy, because the build directory may be closed to others.
         programs = tempfile.mkdtemp(prefix="hosts-test-")
         self.addCleanup(shutil.rmtree, programs)
         os.chmod(programs, 0o755)
@@ -135,15 +135,15 @@ class HostsTest(unittest.TestCase):
         except (PermissionError, subprocess.SubprocessError) as reason:
             self.skipTest(f"an ordinary user cannot run the tool here: {reason}")
 
-    def open_folder_to_others(self, mode=0o755):
-        os.chmod(self.folder, mode)
+    def open_directory_to_others(self, mode=0o755):
+        os.chmod(self.directory, mode)
 
     def assert_outcome(self, outcome, status=0, stdout=b"", stderr=b""):
         self.assertEqual(outcome, Outcome(status, stdout, stderr))
 
     def assert_files(self, **contents):
-        """The folder holds these files and no other: no temporary file is left."""
-        self.assertEqual({name: self.read(name) for name in os.listdir(self.folder)}, contents)
+        """The directory holds these files and no other: no temporary file is left."""
+        self.assertEqual({name: self.read(name) for name in os.listdir(self.directory)}, contents)
 
 
 class CommandLine(HostsTest):
@@ -211,7 +211,7 @@ class CommandLine(HostsTest):
         self.assert_outcome(outcome, 1, stderr=b"a\xff is not in " + self.path("hosts").encode() + b"\n")
 
     def test_a_path_that_is_not_utf8_names_its_file(self):
-        name = os.path.join(os.fsencode(self.folder), b"h\xff")
+        name = os.path.join(os.fsencode(self.directory), b"h\xff")
         try:
             os.rename(self.path("hosts"), name)
         except OSError as reason:
@@ -298,13 +298,13 @@ class List(HostsTest):
             outcome = self.run_tool("list", "--file", "hosts", stdout=full)
         self.assert_outcome(outcome, 1, None, b"Cannot write to standard output\n")
 
-    def test_a_folder_in_place_of_the_file_is_an_error(self):
-        os.mkdir(self.path("folder"))
-        outcome = self.run_tool("list", "--file", "folder")
-        self.assert_outcome(outcome, 1, stderr=self.error("read", "folder", errno.EISDIR))
+    def test_a_directory_in_place_of_the_file_is_an_error(self):
+        os.mkdir(self.path("directory"))
+        outcome = self.run_tool("list", "--file", "directory")
+        self.assert_outcome(outcome, 1, stderr=self.error("read", "directory", errno.EISDIR))
 
     def test_a_file_that_may_not_be_read_is_an_error(self):
-        self.open_folder_to_others()
+        self.open_directory_to_others()
         os.chmod(self.path("hosts"), 0)
         outcome = self.run_as_ordinary_user("list", "--file", "hosts")
         self.assert_outcome(outcome, 1, stderr=self.error("read", "hosts", errno.EACCES))
@@ -384,10 +384,10 @@ class Add(HostsTest):
                 self.assert_outcome(outcome, 64, stderr=f"{name} is not a host name\n".encode())
         self.assert_files(hosts=CONTENT)
 
-    def test_a_folder_in_place_of_the_file_is_an_error(self):
-        os.mkdir(self.path("folder"))
-        outcome = self.run_tool("add", "::1", "-n", "a", "--file", "folder")
-        self.assert_outcome(outcome, 1, stderr=self.error("read", "folder", errno.EISDIR))
+    def test_a_directory_in_place_of_the_file_is_an_error(self):
+        os.mkdir(self.path("directory"))
+        outcome = self.run_tool("add", "::1", "-n", "a", "--file", "directory")
+        self.assert_outcome(outcome, 1, stderr=self.error("read", "directory", errno.EISDIR))
 
 
 class Remove(HostsTest):
@@ -428,7 +428,7 @@ class Export(HostsTest):
         self.assert_outcome(self.run_tool("export", "copy", "--file", "hosts"), 64, expected)
         self.assert_files(hosts=CONTENT, copy=b"old")
 
-    def test_a_missing_folder_is_an_error(self):
+    def test_a_missing_directory_is_an_error(self):
         outcome = self.run_tool("export", "none/copy", "--file", "hosts")
         self.assert_outcome(outcome, 1, stderr=self.error("write", "none/copy", errno.ENOENT))
 
@@ -468,7 +468,7 @@ class Saving(HostsTest):
 
     @unittest.skipUnless(IS_ROOT, "only root can give a file to somebody else")
     def test_an_owner_that_cannot_be_kept_is_an_error(self):
-        self.open_folder_to_others(0o777)
+        self.open_directory_to_others(0o777)
         outcome = self.run_as_ordinary_user("add", "::1", "-n", "a", "-f", "hosts")
         expected = self.error("keep owner and mode of", "hosts", errno.EPERM)
         self.assert_outcome(outcome, 1, stderr=expected)
@@ -483,7 +483,7 @@ class Saving(HostsTest):
         self.assertEqual(os.readlink(self.path("hosts")), self.path("middle"))
         self.assertEqual(os.readlink(self.path("middle")), "real/hosts")
         self.assertEqual(self.read("real/hosts"), CONTENT + b"::1\ta\n")
-        self.assertEqual(sorted(os.listdir(self.folder)), ["hosts", "middle", "real"])
+        self.assertEqual(sorted(os.listdir(self.directory)), ["hosts", "middle", "real"])
         self.assertEqual(os.listdir(self.path("real")), ["hosts"])
 
     def test_the_file_is_replaced_and_not_written_over(self):
@@ -496,26 +496,26 @@ class Saving(HostsTest):
         self.assert_outcome(outcome, 1, stderr=self.error("replace", "hosts", errno.EFBIG))
         self.assert_files(hosts=CONTENT)
 
-    def test_a_folder_that_may_not_be_written_is_an_error(self):
+    def test_a_directory_that_may_not_be_written_is_an_error(self):
         os.chmod(self.path("hosts"), 0o666)
-        self.open_folder_to_others(0o555)
-        self.addCleanup(self.open_folder_to_others)
+        self.open_directory_to_others(0o555)
+        self.addCleanup(self.open_directory_to_others)
         outcome = self.run_as_ordinary_user("add", "::1", "-n", "a", "-f", "hosts")
-        expected = f"Cannot write in {self.folder}: {os.strerror(errno.EACCES)}\n".encode()
+        expected = f"Cannot write in {self.directory}: {os.strerror(errno.EACCES)}\n".encode()
         self.assert_outcome(outcome, 1, stderr=expected)
         self.assert_files(hosts=CONTENT)
 
     def test_what_is_no_regular_file_is_not_replaced(self):
-        # A pipe of the test's own: a device would be lost to the machine if the tool replaced it.
+        # A pipe of the test's own: a device would be lost for the machine if the tool replaced it.
         os.mkfifo(self.path("pipe"))
         outcome = self.run_tool_that_reads("pipe", b"::1 b\n", "add", "::9", "-n", "a", "--file", "pipe")
         expected = f"Cannot replace {self.path('pipe')}: it is not a regular file\n".encode()
         self.assert_outcome(outcome, 1, stderr=expected)
         self.assertTrue(stat.S_ISFIFO(os.stat(self.path("pipe")).st_mode))
-        self.assertEqual(sorted(os.listdir(self.folder)), ["hosts", "pipe"])
+        self.assertEqual(sorted(os.listdir(self.directory)), ["hosts", "pipe"])
 
     def test_what_somebody_else_wrote_meanwhile_is_not_undone(self):
-        # The tool reads a pipe behind a link. While it waits, the link is moved to another file.
+        # The tool reads a pipe through a link. While it waits, the link is moved to another file.
         os.mkfifo(self.path("pipe"))
         os.symlink("pipe", self.path("link"))
         os.symlink("hosts", self.path("next"))
@@ -528,13 +528,13 @@ class Saving(HostsTest):
         expected = f"Cannot replace {self.path('link')}: it has been changed meanwhile\n".encode()
         self.assert_outcome(outcome, 1, stderr=expected)
         self.assertEqual(self.read("hosts"), CONTENT)
-        self.assertEqual(sorted(os.listdir(self.folder)), ["hosts", "link", "pipe"])
+        self.assertEqual(sorted(os.listdir(self.directory)), ["hosts", "link", "pipe"])
 
     def run_tool_that_reads(self, name, content, *arguments, meanwhile=lambda: None):
         """Feeds the pipe `name` to the tool, and does `meanwhile` while the tool waits for it."""
         with subprocess.Popen(
             [TOOL, *arguments],
-            cwd=self.folder,
+            cwd=self.directory,
             stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE,
             stderr=subprocess.PIPE,
@@ -593,7 +593,7 @@ class Install(HostsTest):
         groups = groups_of_user(NOBODY if IS_ROOT else os.getuid())
         if groups & {0, 80}:
             self.skipTest("the user may become root")
-        self.open_folder_to_others()
+        self.open_directory_to_others()
         self.write("prepared", b"::1 a\n")
         outcome = self.run_as_ordinary_user("install", "prepared", "--file", "hosts")
         expected = b"Requested command line must be run as root. Try using sudo.\n" + HELP

@@ -5,7 +5,7 @@
 #include <limits>
 #include <string_view>
 
-#include "Optrella/Internal/CommandLine.hpp"
+#include "Optrella/CommandLine/Declaration.hpp"
 
 namespace Tests {
 
@@ -13,7 +13,7 @@ using namespace Optrella;
 
 namespace {
 
-// Texts that collide, differ by case only or in their bytes only, join what stands behind them, or
+// Texts that collide, differ by case only or in their bytes only, join what stands after them, or
 // mean something to a kind.
 constexpr std::string_view words[] = {"-a",
                                       "-b",
@@ -71,54 +71,48 @@ std::int64_t bound(Input& input) {
     }
 }
 
-ParameterCase parameter(Input& input, bool hasTags) {
-    const std::uint8_t choice = input.byte();
-    ParameterCase made{};
-    made.kind = static_cast<Kind>(choice % 8);
-    // `common` belongs to the tool: a flag may be made to take a value, and the other way round.
-    const bool isChanged = choice >= 0xC0;
-    made.takesValue = (made.kind != Kind::flag) != isChanged;
-    made.tags = someWords(input, hasTags ? 1 : 0, 4);
-    made.name = word(input);
-    made.help = word(input);
-    switch (made.kind) {
-        case Kind::number:
-            made.min = bound(input);
-            made.max = bound(input);
-            break;
-        case Kind::list:
-            made.options.resize(input.upTo(3));
-            for (std::vector<std::string>& option : made.options) option = someWords(input, 1, 3);
-            break;
-        case Kind::path:
-            made.type = static_cast<ParameterFileURL::urlType>(input.upTo(2));
-            made.state = static_cast<ParameterFileURL::existState>(input.upTo(2));
-            break;
-        default:
-            break;
-    }
-    return made;
-}
-
-std::vector<ParameterCase> parameters(Input& input, bool haveTags) {
-    std::vector<ParameterCase> list;
-    for (std::size_t count = input.upTo(3); count > 0; --count) {
-        list.push_back(parameter(input, haveTags));
-    }
-    return list;
-}
-
 Tags tagsOf(const std::vector<std::string>& tags) {
     return std::vector<Text>(tags.begin(), tags.end());
 }
 
-ListOptions optionsOf(const ParameterCase& parameter) {
-    std::vector<ParameterNone> options;
-    for (const std::vector<std::string>& tags : parameter.options) {
-        options.push_back({tagsOf(tags), "of an option"});
+// The arguments of a kind's constructor: those of a case, where its own fields are drawn first if
+// there is an input.
+class CaseFields {
+public:
+    CaseFields(ParameterCase& parameter, Input* input) : case_(parameter), input_(input) {}
+
+    Tags tags() { return tagsOf(case_.tags); }
+    Text text(std::string_view key) { return key == "tagHelp" ? case_.help : case_.name; }
+    std::int64_t number(const char* key) {
+        if (input_ != nullptr) case_.fields.numbers[key] = bound(*input_);
+        return case_.fields.numbers.at(key);
     }
-    return options;
-}
+    ListOptions options(const char*) {
+        if (input_ != nullptr) {
+            case_.fields.options.resize(input_->upTo(3));
+            for (auto& option : case_.fields.options) option = someWords(*input_, 1, 3);
+        }
+        std::vector<ParameterNone> options;
+        for (const std::vector<std::string>& option : case_.fields.options) {
+            options.push_back({tagsOf(option), "of an option"});
+        }
+        return options;
+    }
+    template <class Case>
+    Case word(const char* key, const Cases<Case>& cases) {
+        if (input_ != nullptr) {
+            case_.fields.words[key] = cases[input_->upTo(cases.size() - 1)].first;
+        }
+        const std::string& word = case_.fields.words.at(key);
+        return std::find_if(cases.begin(), cases.end(),
+                            [&](const auto& each) { return each.first == word; })
+            ->second;
+    }
+
+private:
+    ParameterCase& case_;
+    Input* input_;
+};
 
 template <std::size_t Size>
 OwnKind<Size> own(const ParameterCase& parameter) {
@@ -129,27 +123,38 @@ OwnKind<Size> own(const ParameterCase& parameter) {
     return kind;
 }
 
-ParameterProtocol madeOfKind(const ParameterCase& from) {
-    const Tags tags = tagsOf(from.tags);
-    switch (from.kind) {
-        case Kind::flag:
-            return ParameterNone(tags, from.help);
-        case Kind::text:
-            return ParameterString(tags, from.name, from.help);
-        case Kind::uuid:
-            return ParameterUUID(tags, from.name, from.help);
-        case Kind::number:
-            return ParameterNumber(tags, from.name, from.min, from.max, from.help);
-        case Kind::list:
-            return ParameterList(tags, optionsOf(from), from.name, from.help);
-        case Kind::path:
-            return ParameterFileURL(tags, from.type, from.state, from.name, from.help);
-        case Kind::own:
-            return own<1>(from);
-        case Kind::large:
-            return own<200>(from);
+ParameterProtocol madeOfKind(ParameterCase& parameter, Input* input) {
+    if (parameter.kind == ownKind) return own<1>(parameter);
+    if (parameter.kind == largeKind) return own<200>(parameter);
+    std::optional<ParameterProtocol> made;
+    forEachKind([&]<class Kind>() {
+        if (parameter.kind != numberOf<Kind>) return;
+        CaseFields fields(parameter, input);
+        made = KindEntry<Kind>::made(fields);
+    });
+    return *made;
+}
+
+ParameterCase parameter(Input& input, bool hasTags) {
+    const std::uint8_t choice = input.byte();
+    ParameterCase drawn{};
+    drawn.kind = choice % kinds;
+    // `common` belongs to the tool: a flag may be made to take a value, and the other way round.
+    const bool isChanged = choice >= 0xC0;
+    drawn.takesValue = (drawn.kind != numberOf<ParameterNone>) != isChanged;
+    drawn.tags = someWords(input, hasTags ? 1 : 0, 4);
+    drawn.name = word(input);
+    drawn.help = word(input);
+    static_cast<void>(madeOfKind(drawn, &input));
+    return drawn;
+}
+
+std::vector<ParameterCase> parameters(Input& input, bool haveTags) {
+    std::vector<ParameterCase> list;
+    for (std::size_t count = input.upTo(3); count > 0; --count) {
+        list.push_back(parameter(input, haveTags));
     }
-    std::abort();
+    return list;
 }
 
 Parameters made(const std::vector<ParameterCase>& cases) {
@@ -212,7 +217,8 @@ std::vector<std::string> arguments(Input& input, const std::vector<CommandCase>&
 }
 
 ParameterProtocol made(const ParameterCase& parameter) {
-    ParameterProtocol kind = madeOfKind(parameter);
+    ParameterCase drawn = parameter;
+    ParameterProtocol kind = madeOfKind(drawn, nullptr);
     kind.common().hasParameter = parameter.takesValue;
     kind.common().parameterName = parameter.name;
     return kind;
@@ -230,9 +236,10 @@ std::vector<CommandLinePossibility> made(const std::vector<CommandCase>& command
 
 bool areIdentical(const CommandLinePossibility& left, const CommandLinePossibility& right) {
     using Internal::Declaration;
-    const auto same = [](const Parameters& l, const Parameters& r) {
-        return std::equal(l.begin(), l.end(), r.begin(), r.end(),
-                          [](const auto& a, const auto& b) { return areIdentical(a, b); });
+    const auto same = [](Internal::KeptList l, Internal::KeptList r) {
+        return std::equal(l.begin(), l.end(), r.begin(), r.end(), [](const auto& a, const auto& b) {
+            return areIdentical(ParameterProtocol(a), ParameterProtocol(b));
+        });
     };
     return same(Declaration::required(left), Declaration::required(right)) &&
            same(Declaration::optional(left), Declaration::optional(right)) &&

@@ -13,21 +13,26 @@
 
 #include "Input.hpp"
 #include "Optrella/CommandLine.hpp"
+#include "Support/Kinds.hpp"
 
 namespace Tests {
 
-enum class Kind : std::uint8_t { flag, text, uuid, number, list, path, own, large };
+// The library's kinds by their numbers in its list, and two of a tool's own.
+using KindNumber = std::size_t;
+constexpr KindNumber ownKind = Optrella::Internal::BuiltInKinds::size;
+constexpr KindNumber largeKind = ownKind + 1;
+constexpr std::size_t kinds = largeKind + 1;
+
+template <class Kind>
+constexpr KindNumber numberOf = Optrella::Internal::BuiltInKinds::indexOf<Kind>;
 
 struct ParameterCase {
-    Kind kind;
+    KindNumber kind;
     bool takesValue;
     std::vector<std::string> tags;
     std::string name;
     std::string help;
-    std::vector<std::vector<std::string>> options;  // their tags; each has one at least
-    std::int64_t min, max;
-    Optrella::ParameterFileURL::urlType type;
-    Optrella::ParameterFileURL::existState state;
+    KindFields fields;
 };
 
 struct CommandCase {
@@ -71,7 +76,7 @@ using Run = std::function<void(std::size_t command, const Optrella::Parameters& 
 [[nodiscard]] std::vector<Optrella::CommandLinePossibility> made(
     const std::vector<CommandCase>& commands, const Run& run);
 
-// Whether both hold the same to the byte.
+// Whether both hold the same bytes.
 [[nodiscard]] bool areIdentical(const Optrella::CommandLinePossibility& left,
                                 const Optrella::CommandLinePossibility& right);
 

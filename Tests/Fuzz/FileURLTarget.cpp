@@ -113,14 +113,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Tests::FakePlatform& platform = Tests::platform();
     platform = Tests::FakePlatform();
     platform.currentDirectory = currentDirectory(input);
-    const bool isFolder = input.flag();
+    const bool isDirectory = input.flag();
     const std::string typed = input.rest();
-    const bool canBeFolder = isFolder && typed.find('\0') == std::string::npos;
+    const bool canBeDirectory = isDirectory && typed.find('\0') == std::string::npos;
     // Also the path up to a NUL: it must not be what is asked for.
-    if (isFolder) platform.folders = {typed.substr(0, typed.find('\0'))};
+    if (isDirectory) platform.directories = {typed.substr(0, typed.find('\0'))};
 
     Expected model = expected(typed, platform.currentDirectory);
-    if (canBeFolder && !model.pathOfURL.ends_with('/')) model.pathOfURL += '/';
+    if (canBeDirectory && !model.pathOfURL.ends_with('/')) model.pathOfURL += '/';
     const FileURL url = FileURL::fromPath(typed);
     sameBytes(url.path(), model.path, "the path is what was typed, made absolute");
     sameBytes(decoded(url.text()), model.pathOfURL, "the URL decodes to the path");

@@ -6,7 +6,7 @@
 #include "Declarations.hpp"
 #include "Input.hpp"
 #include "Optrella/Help.hpp"
-#include "Optrella/Internal/Unicode.hpp"
+#include "Optrella/Text/Unicode.hpp"
 #include "Output.hpp"
 #include "Support/FakePlatform.hpp"
 
@@ -34,9 +34,9 @@ std::string described(std::string lines, const ParameterCase& parameter) {
         return parameter.help.empty() ? lines : lines + "    " + parameter.help + "\n";
     }
     lines += "    " + parameter.name + "  -  " + parameter.help + "\n";
-    if (parameter.kind != Kind::list) return lines;
+    if (parameter.kind != numberOf<ParameterList>) return lines;
     lines += "        Must be one of: ";
-    for (const auto& option : parameter.options) lines += option.front() + ", ";
+    for (const auto& option : parameter.fields.options) lines += option.front() + ", ";
     return withoutLast(2, lines) + "\n";
 }
 

@@ -20,7 +20,7 @@ inline void law(bool holds, const char* statement) {
     std::abort();
 }
 
-// The same for texts that must be alike to the byte; shows both.
+// The same for texts that must be equal byte by byte; shows both.
 inline void sameBytes(std::string_view actual, std::string_view expected, const char* statement) {
     if (actual == expected) return;
     std::fprintf(stderr, "actual:   [%.*s]\nexpected: [%.*s]\n", static_cast<int>(actual.size()),
@@ -28,7 +28,7 @@ inline void sameBytes(std::string_view actual, std::string_view expected, const 
     law(false, statement);
 }
 
-// Reads from the front. Behind the end there are zeros.
+// Reads from the front. After the end there are zeros.
 class Input {
 public:
     Input(const std::uint8_t* data, std::size_t size)

@@ -22,8 +22,8 @@ struct Sequence {
 [[nodiscard]] std::vector<Sequence> sequences(std::string_view bytes);
 [[nodiscard]] bool isUTF8(std::string_view bytes);
 
-// Whether the text holds a code point without a character yet that Unicode nonetheless has set
-// apart for a control or a pictograph. utf8proc takes those for ordinary ones, ICU does not, so
+// Whether the text holds an unassigned code point that Unicode has nonetheless reserved for a
+// control or a pictograph. utf8proc takes those for ordinary ones, ICU does not, so
 // they agree on the characters of all other texts only.
 [[nodiscard]] bool holdsReserved(std::string_view bytes);
 
@@ -34,7 +34,7 @@ struct Sequence {
 [[nodiscard]] std::string decomposed(std::string_view text);
 [[nodiscard]] std::string composed(std::string_view text);
 
-// Whether a terminal must not get the code point as it is.
+// Whether the code point must not be written to a terminal as it is.
 [[nodiscard]] bool isControl(char32_t codePoint);
 [[nodiscard]] char32_t codePoint(std::string_view sequence);
 

@@ -3,19 +3,20 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "Declarations.hpp"
 #include "Input.hpp"
 #include "Optrella/CommandLine.hpp"
+#include "Optrella/CommandLine/Dispatch.hpp"
 #include "Optrella/Fetch.hpp"
-#include "Optrella/Internal/CommandLine.hpp"
-#include "Optrella/Internal/Unicode.hpp"
+#include "Optrella/Text/Unicode.hpp"
 #include "Output.hpp"
 #include "Support/FakePlatform.hpp"
+#include "Support/Kinds.hpp"
 
 namespace {
 
@@ -61,7 +62,7 @@ const ParameterCase* lastOwner(const std::vector<ParameterCase>& list,
 }
 
 bool isOwn(const ParameterCase& parameter) {
-    return parameter.kind == Kind::own || parameter.kind == Kind::large;
+    return parameter.kind == ownKind || parameter.kind == largeKind;
 }
 
 std::optional<Fit> fitted(const std::vector<CommandCase>& commands, std::size_t number,
@@ -96,37 +97,29 @@ std::optional<Fit> fitted(const std::vector<CommandCase>& commands, std::size_t 
     return fit;
 }
 
-std::optional<std::string> listFault(const Given& given) {
-    std::string message = "Item " + given.value + " is not a valid option. It must be one of: ";
-    for (const auto& option : given.parameter->options) {
-        if (isSameText(option.front(), given.value)) return std::nullopt;
-        message += option.front() + ", ";
-    }
-    message.resize(message.size() - Internal::sizeOfLastCharacters(message, 2));
-    return message;
-}
-
-std::optional<std::string> pathFault(const Given& given) {
-    const bool exists = platform().existingPaths.contains(given.value);
-    switch (given.parameter->state) {
-        case ParameterFileURL::existState::exist:
-            return exists ? std::nullopt : std::optional(given.value + " does not exist");
-        case ParameterFileURL::existState::absent:
-            return exists ? std::optional(given.value + " must not exist") : std::nullopt;
-        case ParameterFileURL::existState::vague:
-            break;
-    }
-    return std::nullopt;
+// What the model of a kind is told.
+KindFields fieldsOf(const ParameterCase& parameter) {
+    KindFields fields = parameter.fields;
+    fields.exists = [](const std::string& path) { return platform().existingPaths.contains(path); };
+    fields.currentDirectory = "/here";
+    fields.withoutLast = [](std::size_t count, std::string text) {
+        text.resize(text.size() - Internal::sizeOfLastCharacters(text, count));
+        return text;
+    };
+    return fields;
 }
 
 std::optional<std::string> fault(const Given& given) {
-    if (given.parameter->kind == Kind::list) return listFault(given);
-    if (given.parameter->kind == Kind::path) return pathFault(given);
     if (isOwn(*given.parameter)) return OwnKind<1>::fault(given.value);
-    return std::nullopt;
+    std::optional<std::string> message;
+    forEachKind([&]<class Kind>() {
+        if (given.parameter->kind != numberOf<Kind>) return;
+        message = KindEntry<Kind>::fault(fieldsOf(*given.parameter), given.value);
+    });
+    return message;
 }
 
-// Whether the user may run a root command, who never knows the password.
+// Whether the user, who never knows the password, may run a root command.
 bool mayRunAsRoot(std::string& printed) {
     if (platform().groupsOfUser.contains(0)) return true;
     if (platform().groupsOfUser.contains(80)) {
@@ -192,88 +185,21 @@ const Given* firstEqual(const std::vector<Given>& list, const ParameterCase& wan
     return nullptr;
 }
 
-// Wide enough for a digit more than 64 bits hold.
-__extension__ using Wide = __int128;
-
-std::int64_t numberOf(const std::string& text) {
-    const bool hasSign = text.starts_with('-') || text.starts_with('+');
-    const std::string digits = text.substr(hasSign ? 1 : 0);
-    Wide value = 0;
-    for (const char c : digits) {
-        if (c < '0' || c > '9') return -1;
-        value = std::min<Wide>(value * 10 + (c - '0'), std::numeric_limits<std::uint64_t>::max());
-    }
-    if (text.starts_with('-')) value = -value;
-    const bool fits = value >= std::numeric_limits<std::int64_t>::min() &&
-                      value <= std::numeric_limits<std::int64_t>::max();
-    return fits && !digits.empty() ? static_cast<std::int64_t>(value) : -1;
-}
-
-// The UUID's text as it must be shown: the one given in upper case, or zeros when it is none.
-std::string uuidOf(std::string text) {
-    const std::string zero = "00000000-0000-0000-0000-000000000000";
-    if (text.size() != zero.size()) return zero;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        char& c = text[i];
-        if (c >= 'a' && c <= 'f') c = static_cast<char>(c - 'a' + 'A');
-        const bool isDigit = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
-        if (zero[i] == '-' ? c != '-' : !isDigit) return zero;
-    }
-    return text;
-}
-
-std::string pathOf(const std::string& value) {
-    if (value.starts_with('/')) return value;
-    return value.empty() ? "/here" : "/here/" + value;
-}
-
 // Asks for the parameter by its declaration, and compares with what the model says was given.
 void checkFetched(const ParameterCase& wanted, const Parameters& list, const Given* given) {
     const ParameterProtocol type = made(wanted);
     law(hasOptional(type, list) == (given != nullptr), "hasOptional tells what was given");
-    const std::string value = given != nullptr ? given->value : "";
-    const auto isThere = [given](bool isFetched) {
-        law(isFetched == (given != nullptr), "what was given is fetched, and nothing else");
-        return isFetched;
-    };
-    switch (wanted.kind) {
-        case Kind::flag:
-            isThere(fetchOptionalNone(*type.as<ParameterNone>(), list));
-            break;
-        case Kind::text:
-            if (const auto text = fetchOptionalString(*type.as<ParameterString>(), list);
-                isThere(text.has_value())) {
-                sameBytes(*text, value, "a text is fetched as it was typed");
-            }
-            break;
-        case Kind::uuid:
-            if (const auto uuid = fetchOptionalUUID(*type.as<ParameterUUID>(), list);
-                isThere(uuid.has_value())) {
-                sameBytes(uuid->text(), uuidOf(value), "a UUID is fetched, or the zero one");
-            }
-            break;
-        case Kind::number:
-            if (const auto number = fetchOptionalNumber(*type.as<ParameterNumber>(), list);
-                isThere(number.has_value())) {
-                law(*number == numberOf(value), "a number is fetched, or -1");
-            }
-            break;
-        case Kind::list:
-            if (const auto option = fetchOptionalListOption(*type.as<ParameterList>(), list);
-                isThere(option.has_value())) {
-                law(isSameText(option->firstTag().str(), value), "the chosen option is fetched");
-            }
-            break;
-        case Kind::path:
-            if (const auto url = fetchOptionalURL(*type.as<ParameterFileURL>(), list);
-                isThere(url.has_value())) {
-                sameBytes(url->path(), pathOf(value), "a path is fetched, made absolute");
-            }
-            break;
-        case Kind::own:
-        case Kind::large:
-            break;
-    }
+    forEachKind([&]<class Kind>() {
+        if (wanted.kind != numberOf<Kind>) return;
+        const auto fetched = KindEntry<Kind>::fetchOptional(*type.as<Kind>(), list);
+        law(static_cast<bool>(fetched) == (given != nullptr),
+            "what was given is fetched, and nothing else");
+        if constexpr (!std::is_same_v<Kind, ParameterNone>) {
+            if (given == nullptr) return;
+            law(KindEntry<Kind>::isValue(fieldsOf(wanted), given->value, *fetched),
+                "what is fetched is what was typed");
+        }
+    });
 }
 
 void checkGiven(const std::vector<CommandCase>& commands, const Fit& fit, const Parameters& list) {

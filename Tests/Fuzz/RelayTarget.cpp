@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "Input.hpp"
-#include "Optrella/PromptForPassword.hpp"
+#include "Optrella/Elevation/PromptForPassword.hpp"
 #include "Oracle.hpp"
 #include "Output.hpp"
 
@@ -48,7 +48,7 @@ private:
 void checkRemoveFirstLine(const std::string& block) {
     const std::optional<std::string> expected = modelOfRemoveFirstLine(block);
     const std::optional<std::string_view> actual = PromptForPassword::removeFirstLine(block);
-    law(actual.has_value() == expected.has_value(), "there is something behind the first line");
+    law(actual.has_value() == expected.has_value(), "there is something after the first line");
     if (actual) sameBytes(*actual, *expected, "what follows the first line is unchanged");
 }
 

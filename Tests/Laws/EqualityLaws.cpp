@@ -11,6 +11,7 @@
 
 #include "Optrella/Parameters.hpp"
 #include "Optrella/Text.hpp"
+#include "Support/Kinds.hpp"
 
 namespace {
 
@@ -70,7 +71,7 @@ std::size_t hashOf(const Text& value) { return std::hash<Text>()(value); }
 
 // ---- Records ----
 
-// What is behind a commonDetails.
+// What a commonDetails is made from.
 struct Details {
     Spelling tagHelp;
     std::vector<Spelling> tags;
@@ -130,43 +131,29 @@ commonDetails made(const Details& details) {
             text(details.parameterName)};
 }
 
-constexpr int kinds = 7;  // the six, and one of a tool's own
-
 struct OwnKind {
     commonDetails common;
 };
 
+// One of each of the library's kinds, and one of a tool's own.
+const Parameters& samples() {
+    static const Parameters samples = [] {
+        Parameters all = Tests::oneOfEachKind();
+        all.push_back(OwnKind{});
+        return all;
+    }();
+    return samples;
+}
+
 // Of any kind with any details: `common` can be written to.
-ParameterProtocol parameter(int kind, const Details& details) {
-    const auto empty = [kind]() -> ParameterProtocol {
-        switch (kind) {
-            case 0:
-                return ParameterNone{{}, ""};
-            case 1:
-                return ParameterString{{}, "", ""};
-            case 2:
-                return ParameterUUID{{}, "", ""};
-            case 3:
-                return ParameterNumber{{}, "", 1, 9, ""};
-            case 4:
-                return ParameterList{{}, {}, "", ""};
-            case 5:
-                return ParameterFileURL{{},
-                                        ParameterFileURL::urlType::file,
-                                        ParameterFileURL::existState::vague,
-                                        "",
-                                        ""};
-            default:
-                return OwnKind{};
-        }
-    };
-    ParameterProtocol made = empty();
+ParameterProtocol parameter(std::size_t kind, const Details& details) {
+    ParameterProtocol made = samples()[kind];
     made.common() = ::made(details);
     return made;
 }
 
 struct AnyParameter {
-    int kind;
+    std::size_t kind;
     Details details;
 
     [[nodiscard]] bool standsFor(const AnyParameter& other) const {
@@ -179,11 +166,13 @@ void showValue(const AnyParameter& shown, std::ostream& os) {
     showValue(shown.details, os);
 }
 
-AnyParameter drawnParameter() { return {*rc::gen::inRange(0, kinds), drawnDetails()}; }
+std::size_t drawnKind() { return *rc::gen::inRange<std::size_t>(0, samples().size()); }
+
+AnyParameter drawnParameter() { return {drawnKind(), drawnDetails()}; }
 
 AnyParameter drawnLike(const AnyParameter& other) {
     const bool isSameKind = *rc::gen::weightedElement<bool>({{5, true}, {1, false}});
-    const int kind = isSameKind ? other.kind : *rc::gen::inRange(0, kinds);
+    const std::size_t kind = isSameKind ? other.kind : drawnKind();
     return {kind, drawnLike(other.details)};
 }
 

@@ -8,13 +8,13 @@
 #include <string_view>
 #include <vector>
 
-#include "Optrella/PromptForPassword.hpp"
+#include "Optrella/Elevation/PromptForPassword.hpp"
 
 namespace {
 
 using Optrella::PromptForPassword::removeFirstLine;
 
-// A text as its characters. A return and the line feed behind it are one.
+// A text as its characters. A return and the line feed after it are one.
 std::vector<std::string> charactersOf(const std::vector<std::string>& parts) {
     std::vector<std::string> characters;
     for (const std::string& part : parts) {
@@ -34,11 +34,11 @@ std::string joined(const std::vector<std::string>& parts) {
 }
 
 std::optional<std::string> withoutFirstLine(const std::vector<std::string>& characters) {
-    bool isBehind = false;
+    bool isAfter = false;
     std::string rest;
     for (const std::string& character : characters) {
-        if (isBehind) rest += character;
-        if (character == "\n") isBehind = true;
+        if (isAfter) rest += character;
+        if (character == "\n") isAfter = true;
     }
     if (rest.empty()) return std::nullopt;
     return rest;
@@ -46,7 +46,7 @@ std::optional<std::string> withoutFirstLine(const std::vector<std::string>& char
 
 }  // namespace
 
-TEST(FirstLineLaws, WhatIsLeftStandsBehindTheFirstLineFeed) {
+TEST(FirstLineLaws, WhatIsLeftStandsAfterTheFirstLineFeed) {
     EXPECT_TRUE(rc::check([] {
         const auto parts =
             *rc::gen::container<std::vector<std::string>>(rc::gen::element<std::string>(

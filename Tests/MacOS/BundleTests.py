@@ -10,15 +10,15 @@ import unittest
 
 PROBE = ""
 # Where Core Foundation looks for a bundle's programs.
-FOLDER = {"darwin": "MacOS", "linux": "Linux"}[sys.platform]
+DIRECTORY = {"darwin": "MacOS", "linux": "Linux"}[sys.platform]
 
 
 class Bundle(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.contents = os.path.join(folder.name, "Tool.app", "Contents")
-        self.tool = os.path.join(self.contents, FOLDER, "tool")
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.contents = os.path.join(directory.name, "Tool.app", "Contents")
+        self.tool = os.path.join(self.contents, DIRECTORY, "tool")
         os.makedirs(os.path.dirname(self.tool))
         shutil.copy(PROBE, self.tool)
 

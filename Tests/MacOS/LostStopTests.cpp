@@ -49,7 +49,7 @@ TEST(MacOSWorker, ReleasesACallerWhoseLoopDoesNotRunYet) {
     }
 }
 
-// What the hand-over is made for: were this otherwise, it could be simpler.
+// The reason for the hand-over: if this were not so, it could be simpler.
 TEST(RunLoop, LosesAStopThatComesBeforeItRuns) {
     std::thread([] {
         CFRunLoopSourceContext context{};
@@ -71,14 +71,14 @@ TEST(MacOSWorker, RunsTheLoopOnce) {
 }
 
 TEST(MacOSWorker, ReleasesAllThatItHasMadeOrRetained) {
-    // The last worker may still be about to let go.
+    // The last worker may still be releasing its objects.
     const auto isBalanced = [] {
         for (int i = 0; i < 1000 && Tests::unbalancedObjects() != 0; ++i) {
             std::this_thread::sleep_for(1ms);
         }
         return Tests::unbalancedObjects() == 0;
     };
-    // What the other tests here have made is their own matter.
+    // Leaves out what the other tests here have made.
     std::this_thread::sleep_for(50ms);
     Tests::forgetObjects();
     for (int i = 0; i < 1000; ++i) ASSERT_TRUE(runOnWorker([] {}));

@@ -1,5 +1,5 @@
 // Who the user is, membership, passwords and the log, on stand-ins for the services of macOS: which
-// calls with which arguments in which order, and what every answer and failure comes to.
+// calls with which arguments in which order, and what follows from every answer and failure.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -16,6 +16,7 @@
 #include "Optrella/Platform/Directory.hpp"
 #include "Optrella/Platform/Log.hpp"
 #include "Optrella/Platform/MacOS/Strings.hpp"
+#include "Optrella/Platform/PasswordCheck.hpp"
 #include "Optrella/Platform/Process.hpp"
 #include "Optrella/Platform/StartArguments.hpp"
 #include "Platform/Child.hpp"

@@ -2,7 +2,7 @@
 
     TargetTests.py CMAKE TOOLCHAIN UTF8PROC_HEADERS
 
-TOOLCHAIN is the folder of the Swift toolchain, whose compiler makes objects for macOS and whose Core
+TOOLCHAIN is the directory of the Swift toolchain, whose compiler makes objects for macOS and whose Core
 Foundation and queues are the system's own. The C library is Tests/Support/MacOS/libc, the services are
 Tests/Support/MacOS/include, the C++ library is the machine's own one. Nothing of it can be linked or run.
 """
@@ -44,17 +44,18 @@ def run(*command, text=None):
 
 
 def cpp_headers():
-    """The folders of the C++ library that the machine's compiler uses."""
+    """The directories of the C++ library that the machine's compiler uses."""
     listed = run("c++", "-std=c++20", "-E", "-v", "-xc++", os.devnull).stdout
     lines = listed.split("#include <...> search starts here:")[1].splitlines()
     return [os.path.realpath(line.strip()) for line in lines if "/c++/" in line]
 
 
 def compiler_flags(utf8proc):
-    folders = [*cpp_headers(), SUPPORT / "include", SUPPORT / "libc", f"{TOOLCHAIN}/lib/swift", utf8proc]
+    directories = [*cpp_headers(), SUPPORT / "include", SUPPORT / "libc", f"{TOOLCHAIN}/lib/swift",
+                   utf8proc]
     # What C++ has deprecated is deprecated in the C++ library's own headers too.
     return ["-fblocks", "-Wno-deprecated-declarations", "-nostdinc++", "-nostdlibinc",
-            *(word for each in folders for word in ("-isystem", str(each)))]
+            *(word for each in directories for word in ("-isystem", str(each)))]
 
 
 class Target(unittest.TestCase):
@@ -62,10 +63,10 @@ class Target(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.folder = folder.name
-        utf8proc = os.path.join(folder.name, "utf8proc")
+        directory = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(directory.cleanup)
+        cls.directory = directory.name
+        utf8proc = os.path.join(directory.name, "utf8proc")
         os.mkdir(utf8proc)
         os.symlink(os.path.join(UTF8PROC, "utf8proc.h"), os.path.join(utf8proc, "utf8proc.h"))
         with open(os.path.join(utf8proc, "libutf8proc.a"), "wb"):
@@ -83,7 +84,7 @@ class Target(unittest.TestCase):
                    "-fsyntax-only", *self.flags, *flags, "-xc++", "-", text=text)
 
     def configure(self, processor, *options):
-        build = os.path.join(self.folder, processor)
+        build = os.path.join(self.directory, processor)
         return build, run(
             CMAKE, "-S", ROOT, "-B", build, "-DCMAKE_SYSTEM_NAME=Darwin", "-DCMAKE_OSX_SYSROOT=",
             f"-DCMAKE_CXX_COMPILER={TOOLCHAIN}/bin/clang++",

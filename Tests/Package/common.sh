@@ -1,4 +1,4 @@
-# What the scripts in this folder share. They stand at the top of the sources, with a folder of
+# What the scripts in this directory share. They stand at the top of the sources, with a directory of
 # their own, $work, for all that they build.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
@@ -17,7 +17,7 @@ fail() {
     say "FAILED: $*"
     exit 1
 }
-# A machine of ours that cannot run a part has lost something.
+# Where one of our own machines cannot run a part, something is missing.
 skip() {
     say "skipped: $*"
     if [[ -n ${CI:-} ]]; then fail "on this machine nothing may be skipped"; fi
@@ -25,7 +25,7 @@ skip() {
 }
 
 # Builds the library OFF or ON (shared) and installs it in $work/prefix-OFF or -ON, if that has not
-# been done yet. The prefix is moved after installing: what is installed must not know where.
+# been done yet. The prefix is moved after installing: what is installed must not depend on its place.
 library() {
     if [[ -d $work/prefix-$1 ]]; then return; fi
     quietly cmake -B "$work/library-$1" -DCMAKE_BUILD_TYPE=RelWithDebInfo \

@@ -17,6 +17,7 @@ using namespace Optrella::Platform;
 
 namespace {
 
+constexpr int promptWithEcho = 2;
 constexpr int radioPrompt = 5;
 constexpr int binaryPrompt = 7;
 
@@ -209,7 +210,7 @@ TEST_F(Conversation, SwallowsTextsAfterThePrompt) {
     EXPECT_TRUE(attempt.isAnswered);
 }
 
-TEST_F(Conversation, RefusesAPromptWithEcho) { expectRefused({Pam::promptWithEcho}); }
+TEST_F(Conversation, RefusesAPromptWithEcho) { expectRefused({promptWithEcho}); }
 
 TEST_F(Conversation, RefusesStylesThatItDoesNotKnow) {
     for (const int style : {0, radioPrompt, 6, binaryPrompt, -1, INT_MAX, INT_MIN}) {
@@ -230,7 +231,7 @@ TEST_F(Conversation, RefusesASecondPromptLater) {
 }
 
 TEST_F(Conversation, RefusesThePromptBesideAnyOtherPrompt) {
-    for (const int other : {Pam::promptWithEcho, radioPrompt, binaryPrompt}) {
+    for (const int other : {promptWithEcho, radioPrompt, binaryPrompt}) {
         SCOPED_TRACE(other);
         expectRefused({Pam::promptWithoutEcho, other});
         expectRefused({other, Pam::promptWithoutEcho});
@@ -239,13 +240,13 @@ TEST_F(Conversation, RefusesThePromptBesideAnyOtherPrompt) {
 }
 
 TEST_F(Conversation, NeverCopiesThePasswordForWhatItRefuses) {
-    expectRefused({Pam::promptWithoutEcho, Pam::promptWithEcho});
+    expectRefused({Pam::promptWithoutEcho, promptWithEcho});
     EXPECT_EQ(heap.calls, 0);
 }
 
 // Every sequence of up to five messages, against the rule in one line.
 TEST_F(Conversation, AnswersExactlyWhatHasOnePromptAndTexts) {
-    constexpr int styles[] = {Pam::promptWithoutEcho, Pam::promptWithEcho, Pam::errorText,
+    constexpr int styles[] = {Pam::promptWithoutEcho, promptWithEcho, Pam::errorText,
                               Pam::informationText, radioPrompt};
     int sequences = 0;
     for (std::size_t length = 1, count = 5; length <= 5; ++length, count *= 5) {
@@ -259,8 +260,8 @@ TEST_F(Conversation, AnswersExactlyWhatHasOnePromptAndTexts) {
             };
             for (const bool wasAnswered : {false, true}) {
                 const auto prompts = times(Pam::promptWithoutEcho);
-                const bool isFine = prompts + wasAnswered <= 1 &&
-                                    times(Pam::promptWithEcho) + times(radioPrompt) == 0;
+                const bool isFine =
+                    prompts + wasAnswered <= 1 && times(promptWithEcho) + times(radioPrompt) == 0;
                 Pam::Attempt one{"right password", wasAnswered};
                 const Answers answers = ask(one, sequence);
                 ASSERT_EQ(answers.status, isFine ? Pam::success : Pam::conversationError);

@@ -19,7 +19,6 @@ TEST(Interface, HasTheNumbersOfPamsHeaders) {
     EXPECT_EQ(Pam::bufferError, PAM_BUF_ERR);
     EXPECT_EQ(Pam::conversationError, PAM_CONV_ERR);
     EXPECT_EQ(Pam::promptWithoutEcho, PAM_PROMPT_ECHO_OFF);
-    EXPECT_EQ(Pam::promptWithEcho, PAM_PROMPT_ECHO_ON);
     EXPECT_EQ(Pam::errorText, PAM_ERROR_MSG);
     EXPECT_EQ(Pam::informationText, PAM_TEXT_INFO);
     EXPECT_EQ(Pam::userItem, PAM_USER);

@@ -16,8 +16,8 @@
 #include <thread>
 #include <vector>
 
-#include "Optrella/Platform/Directory.hpp"
 #include "Optrella/Platform/Linux/Pam.hpp"
+#include "Optrella/Platform/PasswordCheck.hpp"
 
 using namespace Optrella::Platform;
 
@@ -51,11 +51,11 @@ int scripted(const std::string& function) {
 
 std::string itemName(int item) { return std::to_string(item); }
 
-int start(const char* service, const char* user, const Pam::Conversation* with, const char* folder,
-          Pam::Handle** handle) {
-    const char* function = folder == nullptr ? "pam_start" : "pam_start_confdir";
+int start(const char* service, const char* user, const Pam::Conversation* with,
+          const char* directory, Pam::Handle** handle) {
+    const char* function = directory == nullptr ? "pam_start" : "pam_start_confdir";
     note(std::string(function) + " " + service + " " + user +
-         (folder == nullptr ? "" : std::string(" ") + folder));
+         (directory == nullptr ? "" : std::string(" ") + directory));
     conversation = *with;
     failDelay = nullptr;
     // Even on failure: a handle that was refused must not be used.
@@ -164,8 +164,8 @@ std::string everythingFrom(int descriptor) {
     return text;
 }
 
-// Runs the code in a process that has not opened the library yet. The text that it returns, behind
-// what was called.
+// Runs the code in a process that has not opened the library yet. Returns what was called, and
+// then the text that the code returns.
 template <class Code>
 std::string inNewProcess(Code code) {
     int ends[2];
@@ -260,23 +260,23 @@ TEST_F(PamLibrary, LacksAFunction) {
     }
 }
 
-TEST_F(PamLibrary, NeedsNoFunctionForAnotherFolder) {
+TEST_F(PamLibrary, NeedsNoFunctionForAnotherDirectory) {
     script.missingFunction = "pam_start_confdir";
     EXPECT_EQ(check(), asked + "pam_end 0\ntrue\n");
 }
 
-TEST_F(PamLibrary, ReadsAnotherFolderWhenTold) {
-    const auto checkInFolder = [] {
+TEST_F(PamLibrary, ReadsAnotherDirectoryWhenTold) {
+    const auto checkInDirectory = [] {
         return inNewProcess([] {
             Password password;
             static_cast<void>(password.append("right"));
-            return Pam::verify("tadmin", password, "/folder") ? "true\n" : "false\n";
+            return Pam::verify("tadmin", password, "/directory") ? "true\n" : "false\n";
         });
     };
-    EXPECT_EQ(checkInFolder(), opened + "pam_start_confdir sudo tadmin /folder\n" +
-                                   asked.substr(started.size()) + "pam_end 0\ntrue\n");
+    EXPECT_EQ(checkInDirectory(), opened + "pam_start_confdir sudo tadmin /directory\n" +
+                                      asked.substr(started.size()) + "pam_end 0\ntrue\n");
     script.missingFunction = "pam_start_confdir";
-    EXPECT_EQ(checkInFolder(), opened + "false\n");
+    EXPECT_EQ(checkInDirectory(), opened + "false\n");
 }
 
 TEST_F(PamLibrary, CannotStart) {

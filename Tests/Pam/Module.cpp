@@ -147,7 +147,7 @@ int pam_sm_authenticate(Pam::Handle* handle, int flags, int count, const char** 
     return player.status;
 }
 
-// Asked only of who was let in; that the check asks at all would be seen.
+// Asked only about a user who was let in; a check that asks at all would be noticed.
 int pam_sm_setcred(Pam::Handle*, int, int, const char**) { std::abort(); }
 
 }  // extern "C"

@@ -19,7 +19,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 import namespaces  # noqa: E402
 from namespaces import CRYPT, crypt, path_of_helper, path_of_library, path_of_module  # noqa: E402
 
-ETC = namespaces.FOLDER + "/etc"
+ETC = namespaces.DIRECTORY + "/etc"
 LOG = "/dev/log"
 USER = namespaces.USER
 OTHER = 7002
@@ -213,8 +213,8 @@ class PasswordCheck(unittest.TestCase):
 
     # Texts.
 
-    def test_keeps_blanks(self):
-        password = b"  blanks\tall around \t "
+    def test_keeps_spaces(self):
+        password = b"  spaces\tall around \t "
         self.account(crypt(password))
         stripped = [password.strip(), password.rstrip(), password.lstrip()]
         self.assertEqual(self.answers(password, *stripped), ["true", *["false"] * 3])
@@ -285,7 +285,7 @@ class PasswordCheck(unittest.TestCase):
     def test_with_an_account_that_is_locked_after_three_mistakes(self):
         if path_of_module("pam_faillock.so") is None:
             self.skipTest("no pam_faillock here")
-        tally = namespaces.FOLDER + "/faillock"
+        tally = namespaces.DIRECTORY + "/faillock"
         shutil.rmtree(tally, ignore_errors=True)
         os.mkdir(tally)
         write(tally + "/tadmin", "", 0o600)
@@ -328,7 +328,7 @@ class PasswordCheck(unittest.TestCase):
         if not IS_ROOT:
             start += ["--user", f"--map-user={USER}", f"--map-group={USER}", "--keep-caps"]
             become = namespaces.WITHOUT_RIGHTS
-        empty = namespaces.FOLDER + "/empty"
+        empty = namespaces.DIRECTORY + "/empty"
         write(empty, "", 0o644)
         start += ["sh", "-c", 'mount --bind "$0" "$1" && shift && exec "$@"', empty, path, *become]
         if subprocess.run([*start, "true"], capture_output=True).returncode != 0:
@@ -348,13 +348,14 @@ class PasswordCheck(unittest.TestCase):
 
     def test_with_something_else_in_place_of_pam(self):
         self.service("sudo", "auth required pam_permit.so\n")
-        folder = namespaces.FOLDER + "/libraries"
-        os.makedirs(folder, exist_ok=True)
+        directory = namespaces.DIRECTORY + "/libraries"
+        os.makedirs(directory, exist_ok=True)
         for text in ("", "no library\n", "\x7fELF"):
-            write(folder + "/libpam.so.0", text, 0o755)
-            self.assertEqual(self.answers(b"", RIGHT, b"", LD_LIBRARY_PATH=folder), ["false"] * 3)
+            write(directory + "/libpam.so.0", text, 0o755)
+            self.assertEqual(self.answers(b"", RIGHT, b"", LD_LIBRARY_PATH=directory),
+                             ["false"] * 3)
 
-    # What is left behind.
+    # What is left.
 
     def test_leaves_the_process_as_it_was(self):
         for before in (None, lambda: signal.signal(signal.SIGCHLD, signal.SIG_IGN),

@@ -25,7 +25,7 @@
 #include <string>
 #include <vector>
 
-#include "Optrella/Platform/Directory.hpp"
+#include "Optrella/Platform/PasswordCheck.hpp"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define MEMORY_IS_SHADOWED
@@ -135,15 +135,15 @@ std::string timesSeenWhileHeld(const std::string& masked) {
     return timesSeen(masked);
 }
 
-std::set<int> entries(const char* folder) {
+std::set<int> entries(const char* directory) {
     std::set<int> numbers;
-    DIR* const directory = ::opendir(folder);
-    if (directory == nullptr) std::abort();
-    while (const dirent* entry = ::readdir(directory)) {
+    DIR* const stream = ::opendir(directory);
+    if (stream == nullptr) std::abort();
+    while (const dirent* entry = ::readdir(stream)) {
         if (entry->d_name[0] != '.') numbers.insert(std::atoi(entry->d_name));
     }
-    numbers.erase(::dirfd(directory));
-    ::closedir(directory);
+    numbers.erase(::dirfd(stream));
+    ::closedir(stream);
     return numbers;
 }
 
@@ -182,7 +182,7 @@ std::string answer(const std::string& line) {
     std::abort();
 }
 
-// Unbuffered, so that no line stays behind in a buffer of the C library.
+// Unbuffered, so that no line stays in a buffer of the C library.
 bool readLine(int input, std::string& line) {
     line.clear();
     for (char byte; ::read(input, &byte, 1) == 1; line += byte) {

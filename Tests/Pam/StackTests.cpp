@@ -1,4 +1,4 @@
-// Stacks of modules, played by the system's PAM from a folder of the test.
+// Stacks of modules, played by the system's PAM from a directory of the test.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -41,7 +41,7 @@ public:
 
 const std::string played = "auth required " PAM_TEST_MODULE " ";
 
-bool canUseAnotherFolder() {
+bool canUseAnotherDirectory() {
     void* const library = ::dlopen("libpam.so.0", RTLD_NOW | RTLD_LOCAL);
     const bool can = library != nullptr && ::dlsym(library, "pam_start_confdir") != nullptr;
     if (library != nullptr) ::dlclose(library);
@@ -51,26 +51,26 @@ bool canUseAnotherFolder() {
 class PamStack : public testing::Test {
 protected:
     void SetUp() override {
-        if (!canUseAnotherFolder()) GTEST_SKIP() << "no PAM here that reads another folder";
+        if (!canUseAnotherDirectory()) GTEST_SKIP() << "no PAM here that reads another directory";
         std::string name = testing::TempDir() + "optrella-pam-XXXXXX";
         ASSERT_NE(::mkdtemp(name.data()), nullptr);
-        folder = name;
+        directory = name;
     }
     void TearDown() override {
-        if (!folder.empty()) fs::remove_all(folder);
+        if (!directory.empty()) fs::remove_all(directory);
     }
 
     void service(const std::string& stack, const char* name = "sudo") const {
-        std::ofstream(folder / name) << stack << "\n";
+        std::ofstream(directory / name) << stack << "\n";
     }
 
-    // The stack's answer; what it writes anywhere is a failed expectation.
+    // The stack's answer; anything that it writes is a failed expectation.
     [[nodiscard]] bool accepts(std::string_view text) const {
         Password password;
         EXPECT_TRUE(password.append(text));
         bool isAccepted = false;
-        const Tests::Output output =
-            Tests::capture([&] { isAccepted = Pam::verify("tadmin", password, folder.c_str()); });
+        const Tests::Output output = Tests::capture(
+            [&] { isAccepted = Pam::verify("tadmin", password, directory.c_str()); });
         EXPECT_EQ(output, Tests::Output());
         return isAccepted;
     }
@@ -80,13 +80,13 @@ protected:
     }
 
     [[nodiscard]] std::string recording() const { return "record=" + recorded().string() + " "; }
-    [[nodiscard]] fs::path recorded() const { return folder / "recorded"; }
+    [[nodiscard]] fs::path recorded() const { return directory / "recorded"; }
     [[nodiscard]] std::string record() const {
         std::ifstream file(recorded());
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    fs::path folder;
+    fs::path directory;
 };
 
 TEST_F(PamStack, AcceptsTheRightPasswordAndNoOther) {
@@ -98,7 +98,7 @@ TEST_F(PamStack, AcceptsTheRightPasswordAndNoOther) {
 }
 
 TEST_F(PamStack, IsGivenThePasswordOnceAndWhole) {
-    const std::string password = " \xFF\xC3\xA9 blank at both ends ";
+    const std::string password = " \xFF\xC3\xA9 space at both ends ";
     EXPECT_TRUE(stackAccepts(played + recording() + "talk=1", password));
     EXPECT_EQ(record(), "conversation 0 responses " + password + "\n");
 }
@@ -209,11 +209,11 @@ TEST_F(PamStack, IsNotThatOfAnotherService) {
     EXPECT_FALSE(accepts(""));
 }
 
-TEST_F(PamStack, HasNoFolder) {
+TEST_F(PamStack, HasNoDirectory) {
     const Leaks leaks;
-    folder /= "missing";
+    directory /= "missing";
     EXPECT_FALSE(accepts(""));
-    folder = folder.parent_path();
+    directory = directory.parent_path();
 }
 
 TEST_F(PamStack, HasMistakes) {
@@ -246,12 +246,13 @@ TEST_F(PamStack, DelaysNothing) {
 }
 
 TEST_F(PamStack, EchoesNothing) {
-    std::ofstream(folder / "text") << "a text for the user\n";
-    const std::string stack = "auth optional pam_echo.so file=" + (folder / "text").string() + "\n";
+    std::ofstream(directory / "text") << "a text for the user\n";
+    const std::string stack =
+        "auth optional pam_echo.so file=" + (directory / "text").string() + "\n";
     EXPECT_TRUE(stackAccepts(stack + played + "talk=1 right=secret", "secret"));
 }
 
-TEST_F(PamStack, IsReadAnewForEveryAttempt) {
+TEST_F(PamStack, IsReadAgainForEveryAttempt) {
     EXPECT_TRUE(stackAccepts(played + "talk=1", "secret"));
     EXPECT_FALSE(stackAccepts("auth required pam_deny.so", "secret"));
     EXPECT_TRUE(stackAccepts(played + "talk=1", "secret"));

@@ -15,7 +15,7 @@
 
 namespace Tests {
 
-// What a child's code returns when this machine does not let it make the situation to be tested.
+// What a child's code returns when this machine does not let it set up what is to be tested.
 constexpr int notPossibleHere = 77;
 
 // Waits for the child's end and returns its wait status; kills a child that takes too long, which
@@ -31,8 +31,8 @@ inline int waited(pid_t child) {
     return status;
 }
 
-// Starts the code in a forked child, which exits with what the code returns. A child that runs wild
-// ends by itself, whatever becomes of the one who waits.
+// Starts the code in a forked child, which exits with what the code returns. A child that hangs
+// ends by itself, whatever happens to the process that waits.
 template <class Code>
 pid_t started(Code code) {
     const pid_t child = ::fork();
@@ -56,7 +56,7 @@ int exitCodeOf(Code code) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-// Gives up root's rights for good, where the process has them. False when it cannot.
+// Gives up root's rights for good, where the process has them. Returns false when it cannot.
 [[nodiscard]] inline bool becomeOrdinaryUser() {
     if (::geteuid() != 0) return true;
     constexpr uid_t nobody = 65534;

@@ -5,7 +5,7 @@
 
 #include <iostream>
 
-#include "Optrella/PromptForPassword.hpp"
+#include "Optrella/Elevation/PromptForPassword.hpp"
 
 // A leak checker may not look into a process that has the rights of another user.
 extern "C" int __lsan_is_turned_off() { return ::getuid() != ::geteuid() ? 1 : 0; }

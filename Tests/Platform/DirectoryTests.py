@@ -13,7 +13,7 @@ import unittest
 
 import namespaces
 
-ETC = namespaces.FOLDER + "/etc"
+ETC = namespaces.DIRECTORY + "/etc"
 USER = namespaces.USER
 MACHINES_FILES = ("passwd", "shadow", "group", "gshadow", "nsswitch.conf")
 IS_ROOT = False

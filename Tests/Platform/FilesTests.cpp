@@ -14,7 +14,7 @@ namespace {
 
 using namespace Optrella::Platform;
 
-// A new folder, which is the current one while a test runs and is removed with all in it.
+// A new directory, which is the current one while a test runs and is removed with all in it.
 class Files : public testing::Test {
 protected:
     void SetUp() override {
@@ -23,27 +23,27 @@ protected:
         ASSERT_NE(::mkdtemp(name.data()), nullptr);
         ASSERT_EQ(::chdir(name.c_str()), 0);
         char* real = ::realpath(".", nullptr);
-        folder = real;
+        directory = real;
         std::free(real);
         ::close(::open("file", O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
-        ASSERT_EQ(::mkdir("folder", 0755), 0);
+        ASSERT_EQ(::mkdir("directory", 0755), 0);
         ASSERT_EQ(::symlink("file", "link-to-file"), 0);
-        ASSERT_EQ(::symlink("folder", "link-to-folder"), 0);
+        ASSERT_EQ(::symlink("directory", "link-to-directory"), 0);
         ASSERT_EQ(::symlink("nothing", "dangling"), 0);
     }
 
     void TearDown() override {
-        EXPECT_EQ(::chdir(folder.c_str()), 0);
-        for (const char* name : {"file", "link-to-file", "link-to-folder", "dangling"}) {
+        EXPECT_EQ(::chdir(directory.c_str()), 0);
+        for (const char* name : {"file", "link-to-file", "link-to-directory", "dangling"}) {
             EXPECT_EQ(::unlink(name), 0) << name;
         }
-        EXPECT_EQ(::rmdir("folder"), 0);
+        EXPECT_EQ(::rmdir("directory"), 0);
         EXPECT_EQ(::fchdir(before_), 0);
-        EXPECT_EQ(::rmdir(folder.c_str()), 0);
+        EXPECT_EQ(::rmdir(directory.c_str()), 0);
         ::close(before_);
     }
 
-    // Goes down into new folders with names of that length, and back up, removing them.
+    // Goes down into new directories with names of that length, and back up, removing them.
     static std::string descend(int depth, std::size_t length) {
         const std::string name(length, 'd');
         std::string path;
@@ -62,17 +62,17 @@ protected:
         }
     }
 
-    std::string folder;
+    std::string directory;
 
 private:
     int before_ = -1;
 };
 
-TEST_F(Files, ExistWhetherFileOrFolder) {
+TEST_F(Files, ExistWhetherFileOrDirectory) {
     EXPECT_TRUE(fileExists("file"));
-    EXPECT_TRUE(fileExists("folder"));
+    EXPECT_TRUE(fileExists("directory"));
     EXPECT_TRUE(fileExists("/"));
-    EXPECT_TRUE(fileExists((folder + "/file").c_str()));
+    EXPECT_TRUE(fileExists((directory + "/file").c_str()));
 }
 
 TEST_F(Files, DoNotExistWithoutAName) {
@@ -81,17 +81,17 @@ TEST_F(Files, DoNotExistWithoutAName) {
     EXPECT_FALSE(fileExists("nothing/file"));
 }
 
-TEST_F(Files, ExistBehindALink) {
+TEST_F(Files, ExistThroughALink) {
     EXPECT_TRUE(fileExists("link-to-file"));
-    EXPECT_TRUE(fileExists("link-to-folder"));
+    EXPECT_TRUE(fileExists("link-to-directory"));
 }
 
-TEST_F(Files, DoNotExistBehindADanglingLink) { EXPECT_FALSE(fileExists("dangling")); }
+TEST_F(Files, DoNotExistThroughADanglingLink) { EXPECT_FALSE(fileExists("dangling")); }
 
-TEST_F(Files, DoNotExistBehindALinkToItself) {
+TEST_F(Files, DoNotExistThroughALinkToItself) {
     ASSERT_EQ(::symlink("loop", "loop"), 0);
     EXPECT_FALSE(fileExists("loop"));
-    EXPECT_FALSE(isFolder("loop"));
+    EXPECT_FALSE(isDirectory("loop"));
     ::unlink("loop");
 }
 
@@ -103,12 +103,12 @@ TEST_F(Files, DoNotExistWithinAFile) {
 TEST_F(Files, DoNotExistByTooLongAPath) {
     // It names the root, if anything.
     EXPECT_FALSE(fileExists(std::string(5000, '/').c_str()));
-    EXPECT_FALSE(isFolder(std::string(5000, '/').c_str()));
+    EXPECT_FALSE(isDirectory(std::string(5000, '/').c_str()));
 }
 
 TEST_F(Files, DoNotExistByTooLongAName) { EXPECT_FALSE(fileExists(std::string(256, 'a').c_str())); }
 
-TEST_F(Files, DoNotExistInAFolderThatMayNotBeSearched) {
+TEST_F(Files, DoNotExistInADirectoryThatMayNotBeSearched) {
     ASSERT_EQ(::chmod(".", 0755), 0);
     ASSERT_EQ(::mkdir("closed", 0700), 0);
     ::close(::open("closed/file", O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
@@ -146,28 +146,28 @@ TEST_F(Files, ExistByNamesOfAnyBytes) {
     ::unlink(name);
 }
 
-TEST_F(Files, AreFoldersOnlyThemselves) {
-    EXPECT_TRUE(isFolder("folder"));
-    EXPECT_TRUE(isFolder("folder/"));
-    EXPECT_TRUE(isFolder("."));
-    EXPECT_TRUE(isFolder("/"));
-    EXPECT_FALSE(isFolder("file"));
-    EXPECT_FALSE(isFolder("nothing"));
-    EXPECT_FALSE(isFolder(""));
+TEST_F(Files, AreDirectoriesOnlyThemselves) {
+    EXPECT_TRUE(isDirectory("directory"));
+    EXPECT_TRUE(isDirectory("directory/"));
+    EXPECT_TRUE(isDirectory("."));
+    EXPECT_TRUE(isDirectory("/"));
+    EXPECT_FALSE(isDirectory("file"));
+    EXPECT_FALSE(isDirectory("nothing"));
+    EXPECT_FALSE(isDirectory(""));
 }
 
-TEST_F(Files, AreNoFoldersBehindALink) {
-    EXPECT_FALSE(isFolder("link-to-folder"));
-    EXPECT_FALSE(isFolder("link-to-file"));
-    EXPECT_FALSE(isFolder("dangling"));
+TEST_F(Files, AreNoDirectoriesThroughALink) {
+    EXPECT_FALSE(isDirectory("link-to-directory"));
+    EXPECT_FALSE(isDirectory("link-to-file"));
+    EXPECT_FALSE(isDirectory("dangling"));
 }
 
 // ---- The current directory ----
 
 TEST_F(Files, CurrentDirectoryIsAbsoluteAndWithoutLinks) {
-    EXPECT_EQ(currentDirectory(), folder);
-    ASSERT_EQ(::chdir("link-to-folder"), 0);
-    EXPECT_EQ(currentDirectory(), folder + "/folder");
+    EXPECT_EQ(currentDirectory(), directory);
+    ASSERT_EQ(::chdir("link-to-directory"), 0);
+    EXPECT_EQ(currentDirectory(), directory + "/directory");
 }
 
 TEST_F(Files, CurrentDirectoryMayBeTheRoot) {
@@ -176,7 +176,7 @@ TEST_F(Files, CurrentDirectoryMayBeTheRoot) {
 }
 
 TEST_F(Files, CurrentDirectoryMayHaveALongPath) {
-    const std::string path = folder + descend(5, 100);
+    const std::string path = directory + descend(5, 100);
     EXPECT_GT(path.size(), 500u);
     EXPECT_EQ(currentDirectory(), path);
     ascend(5, 100);
@@ -185,14 +185,14 @@ TEST_F(Files, CurrentDirectoryMayHaveALongPath) {
 TEST_F(Files, CurrentDirectoryIsWholeAtEveryLength) {
     // Past the lengths of a buffer that grows.
     for (std::size_t length = 200; length < 255; ++length) {
-        const std::string path = folder + descend(1, length);
+        const std::string path = directory + descend(1, length);
         EXPECT_EQ(currentDirectory(), path);
         ascend(1, length);
     }
 }
 
 TEST_F(Files, CurrentDirectoryMayHaveALongerPathThanTheKernelTells) {
-    const std::string path = folder + descend(20, 250);
+    const std::string path = directory + descend(20, 250);
     EXPECT_GT(path.size(), 5000u);
     EXPECT_EQ(currentDirectory(), path);
     ascend(20, 250);
@@ -207,7 +207,7 @@ TEST_F(Files, CurrentDirectoryIsNothingOnceRemoved) {
 
 TEST_F(Files, CurrentDirectoryIsNothingOutsideTheRoot) {
     const int code = Tests::exitCodeOf([] {
-        if (::chroot("folder") != 0) return Tests::notPossibleHere;
+        if (::chroot("directory") != 0) return Tests::notPossibleHere;
         return currentDirectory() ? 1 : 0;
     });
     if (code == Tests::notPossibleHere) GTEST_SKIP() << "only root may change the root";

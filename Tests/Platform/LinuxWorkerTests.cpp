@@ -5,21 +5,26 @@
 #include <pthread.h>
 #include <sched.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <iterator>
+#include <limits>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "Child.hpp"
 #include "Optrella/CommandLine.hpp"
+#include "Optrella/Elevation/PromptForPassword.hpp"
 #include "Optrella/Platform/Worker.hpp"
-#include "Optrella/PromptForPassword.hpp"
 #include "Support/Capture.hpp"
 #include "Support/Death.hpp"
 #include "Work.hpp"
@@ -27,22 +32,30 @@
 namespace {
 
 std::atomic<int> threadsStarted{0};
+// No thread with a larger stack can be started.
+constexpr std::size_t anyStack = std::numeric_limits<std::size_t>::max();
+std::atomic<std::size_t> largestStack{anyStack};
+std::atomic<std::size_t> lastStack{0};  // asked for; a cached one that is larger may be taken
 
 using StartThread = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
 
 }  // namespace
 
-// A sanitizer that is linked into the program has its own, which must be the next in line.
+// A sanitizer that is linked into the program has its own, which must be called next.
 extern "C" int __attribute__((weak))
 __interceptor_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
 
-// Stands before the C library's own, to count.
+// Replaces the C library's function, to count the calls, and to refuse some.
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
                               void* (*start)(void*), void* argument) noexcept {
     static const StartThread next =
         __interceptor_pthread_create != nullptr
             ? __interceptor_pthread_create
             : reinterpret_cast<StartThread>(::dlsym(RTLD_NEXT, "pthread_create"));
+    std::size_t size = 0;
+    if (attributes != nullptr) ::pthread_attr_getstacksize(attributes, &size);
+    if (size > largestStack) return EAGAIN;
+    lastStack = size;
     ++threadsStarted;
     return next(thread, attributes, start, argument);
 }
@@ -57,21 +70,21 @@ using Tests::TimeLimit;
 
 int ownNice() { return ::getpriority(PRIO_PROCESS, 0); }
 
-std::ptrdiff_t entriesOf(const char* folder) {
-    return std::distance(std::filesystem::directory_iterator(folder),
+std::ptrdiff_t entriesOf(const char* directory) {
+    return std::distance(std::filesystem::directory_iterator(directory),
                          std::filesystem::directory_iterator());
 }
 
 // A thread that was joined may still be listed for a moment.
-bool comesDownTo(std::ptrdiff_t count, const char* folder) {
+bool comesDownTo(std::ptrdiff_t count, const char* directory) {
     for (int attempt = 0; attempt < 10'000; ++attempt) {
-        if (entriesOf(folder) == count) return true;
+        if (entriesOf(directory) == count) return true;
         std::this_thread::sleep_for(1ms);
     }
     return false;
 }
 
-// Makes every further start of a thread fail. False where that cannot be had.
+// Makes every later start of a thread fail. Returns false where that is not possible.
 bool refuseThreads() {
     const rlimit none{0, 0};
     if (!Tests::becomeOrdinaryUser() || ::setrlimit(RLIMIT_NPROC, &none) != 0) return false;
@@ -170,6 +183,52 @@ TEST(LinuxWorker, HasTheSignalMaskOfTheCaller) {
     }
 }
 
+std::size_t sizeOfStack() {
+    pthread_attr_t attributes;
+    std::size_t size = 0;
+    if (::pthread_getattr_np(::pthread_self(), &attributes) != 0) return 0;
+    ::pthread_attr_getstacksize(&attributes, &size);
+    ::pthread_attr_destroy(&attributes);
+    return size;
+}
+
+constexpr std::size_t usualStack = std::size_t{8} << 20;
+
+TEST(LinuxWorkersStack, HasEightMegabytesAtLeast) {
+    std::size_t size = 0;
+    ASSERT_TRUE(runOnWorker([&] { size = sizeOfStack(); }));
+    EXPECT_GE(size, usualStack);
+}
+
+// The C library reads the limit when a program starts.
+int statusWithLimit(const std::string& limit, const std::string& test) {
+    const std::string self = std::filesystem::read_symlink("/proc/self/exe");
+    const std::string command = "ulimit -S -s " + limit + " && exec '" + self +
+                                "' --gtest_filter=LinuxWorkersStack." + test + " >/dev/null";
+    return std::system(command.c_str());
+}
+
+TEST(LinuxWorkersStack, HasThemWhateverTheLimitOfTheMainThreads) {
+    for (const char* limit : {"1024", "8192", "65536"}) {
+        EXPECT_EQ(statusWithLimit(limit, "HasEightMegabytesAtLeast"), 0) << limit;
+    }
+    rlimit most{};
+    ::getrlimit(RLIMIT_STACK, &most);
+    if (most.rlim_max != RLIM_INFINITY) GTEST_SKIP() << "this user's stacks are limited";
+    EXPECT_EQ(statusWithLimit("unlimited", "HasEightMegabytesAtLeast"), 0);
+}
+
+TEST(LinuxWorkersStack, IsSmallerWhereTheSystemHasNoRoomForThatMuch) {
+    largestStack = usualStack / 4;
+    EXPECT_TRUE(runOnWorker([] {}));
+    EXPECT_EQ(lastStack, usualStack / 4);
+    largestStack = 0;
+    bool hasRun = false;
+    EXPECT_FALSE(runOnWorker([&] { hasRun = true; }));
+    largestStack = anyStack;
+    EXPECT_FALSE(hasRun);
+}
+
 TEST(LinuxWorker, ReleasesTheCallerOfWorkThatEndsItsThread) {
     const TimeLimit limit;
     bool hasRun = false;
@@ -191,9 +250,9 @@ TEST(LinuxWorker, CallsNothingWhereNoThreadCanBeStarted) {
               0);
 }
 
-// ---- Beneath parse ----
+// ---- Below parse ----
 
-TEST(ParseOnTheLinuxWorker, LeavesNoThreadBehindInTenThousandCalls) {
+TEST(ParseOnTheLinuxWorker, LeavesNoThreadInTenThousandCalls) {
     const TimeLimit limit;
     int runs = 0;
     const CommandLinePossibility declarations[] = {go([&](const Parameters&) { ++runs; })};

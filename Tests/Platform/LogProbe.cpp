@@ -38,7 +38,7 @@ std::time_t clockTime = 0;
 
 }  // namespace
 
-// These two stand before the C library's own.
+// These two replace the C library's functions.
 
 extern "C" int socket(int domain, int type, int protocol) noexcept {
     ++socketsMade;

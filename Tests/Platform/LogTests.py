@@ -109,7 +109,7 @@ class Entry(LogTest):
         self.assertEqual(outcome.error, b"The disk is full.\n")
         self.assertEqual(outcome.lines, [])
 
-    def test_has_english_months_and_a_blank_before_a_small_day(self):
+    def test_has_english_months_and_a_space_before_a_small_day(self):
         for month in range(1, 13):
             for day in (1, 9, 10, 28):
                 when = datetime.datetime(2023, month, day, 7, 5, 9, tzinfo=datetime.timezone.utc)
@@ -133,16 +133,16 @@ class Entry(LogTest):
             self.assertEqual(self.received(), [outcome.entry(expected)])
 
     def test_is_the_same_in_another_language(self):
-        folder = tempfile.mkdtemp(dir="/dev/shm")
-        self.addCleanup(shutil.rmtree, folder)
-        name = folder + "/de_DE.UTF-8"
+        directory = tempfile.mkdtemp(dir="/dev/shm")
+        self.addCleanup(shutil.rmtree, directory)
+        name = directory + "/de_DE.UTF-8"
         try:
             subprocess.run(["localedef", "-i", "de_DE", "-f", "UTF-8", name], check=True,
                            stdin=subprocess.DEVNULL, capture_output=True)
         except (FileNotFoundError, subprocess.CalledProcessError):
             self.skipTest("no German locale can be made here")
         for variables in ({"LC_ALL": "de_DE.UTF-8"}, {"LC_ALL": "", "LC_TIME": "de_DE.UTF-8"}):
-            outcome = self.probe("locale", "clock", "1709596800", "message", "x", LOCPATH=folder,
+            outcome = self.probe("locale", "clock", "1709596800", "message", "x", LOCPATH=directory,
                                  **variables)
             self.assertEqual(outcome.lines, ["M\u00e4r"])  # it is in force
             self.assertEqual(self.received(), [outcome.entry("Mar  5 00:00:00")])
@@ -175,6 +175,17 @@ class Entry(LogTest):
         os.symlink("shm/socket", LOG)
         outcome = self.probe("clock", "1709596800", "message", "x")
         self.assertEqual(self.received(), [outcome.entry("Mar  5 00:00:00")])
+
+    def test_goes_to_a_log_that_is_a_stream_with_a_nul_at_its_end(self):
+        self.remove_log()
+        self.make_log(socket.SOCK_STREAM)
+        self.log.listen(8)
+        outcome = self.probe("clock", "1709596800", "message", "one", "message", "two")
+        for _ in range(2):
+            connection, _ = self.log.accept()
+            with connection:
+                self.assertEqual(connection.makefile("rb").read(),
+                                 outcome.entry("Mar  5 00:00:00") + b"\0")
 
     def test_leaves_no_descriptor_open(self):
         outcome = self.probe("descriptors", "message", "a", "descriptors", "many", "100",

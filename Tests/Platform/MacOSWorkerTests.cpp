@@ -202,7 +202,7 @@ TEST(MacOSWorker, LeavesNothingOnTheLoop) {
     }).join();
 }
 
-TEST(MacOSWorker, LeavesNoStopBehindForTheNextRunOfTheLoop) {
+TEST(MacOSWorker, LeavesNoStopForTheNextRunOfTheLoop) {
     const TimeLimit limit;
     for (int i = 0; i < 200; ++i) {
         ASSERT_TRUE(runOnWorker([] {}));

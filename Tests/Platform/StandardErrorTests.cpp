@@ -27,7 +27,7 @@ std::atomic<int> writesInterrupted{0};
 
 }  // namespace
 
-// Stands before the C library's own, to see what came back from the system.
+// Replaces the C library's function, to see what the system returned.
 extern "C" ssize_t write(int descriptor, const void* bytes, size_t count) {
     const ssize_t written = ::syscall(SYS_write, descriptor, bytes, count);
     if (written >= 0 && static_cast<size_t>(written) < count) ++writesCutShort;
@@ -121,7 +121,7 @@ TEST(ErrorMessage, OfManyBytesIsStillOneWrite) {
     expectWrites(Text(message), {message, "\n"});
 }
 
-TEST(ErrorMessage, IsWrittenBehindTheOneBefore) {
+TEST(ErrorMessage, IsWrittenAfterTheOneBefore) {
     int error[2];
     ASSERT_EQ(::socketpair(AF_UNIX, SOCK_DGRAM, 0, error), 0);
     EXPECT_EQ(Tests::exitCodeOf([&] {
@@ -162,7 +162,7 @@ TEST(ErrorMessage, IsCompleteInSpiteOfSignalsAndASlowReader) {
     });
     ::close(pipe[1]);
 
-    // First the child fills the pipe and is interrupted with nothing written, then it gets on in
+    // First the child fills the pipe and is interrupted with nothing written, then it writes in
     // pieces.
     std::this_thread::sleep_for(20ms);
     std::string received;
@@ -178,6 +178,31 @@ TEST(ErrorMessage, IsCompleteInSpiteOfSignalsAndASlowReader) {
     EXPECT_TRUE(WIFEXITED(status));
     // 1: no write was cut short, 2: none was interrupted; then this has proved nothing.
     EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_TRUE(received == message + "\n") << received.size() << " bytes";
+}
+
+TEST(ErrorMessage, IsCompleteInAPipeThatMayNotWait) {
+    const std::string message((1 << 20) + 1, 'x');
+    int pipe[2];
+    ASSERT_EQ(::pipe(pipe), 0);
+    const pid_t child = Tests::started([&] {
+        ::close(pipe[0]);
+        ::dup2(pipe[1], STDERR_FILENO);
+        ::fcntl(STDERR_FILENO, F_SETFL, O_NONBLOCK);
+        outputErrorMessage(Text(message));
+        return 0;
+    });
+    ::close(pipe[1]);
+    std::this_thread::sleep_for(50ms);
+    std::string received;
+    std::string buffer(1 << 16, '\0');
+    for (;;) {
+        const ssize_t size = ::read(pipe[0], buffer.data(), buffer.size());
+        if (size <= 0) break;
+        received.append(buffer, 0, static_cast<std::size_t>(size));
+    }
+    ::close(pipe[0]);
+    EXPECT_EQ(Tests::waited(child), 0);
     EXPECT_TRUE(received == message + "\n") << received.size() << " bytes";
 }
 
@@ -224,7 +249,9 @@ TEST(ErrorMessage, IsLostSilentlyOnAFullPipeThatMayNotWait) {
     ASSERT_EQ(::pipe2(pipe, O_NONBLOCK), 0);
     const std::string filling(4096, 'x');
     while (::write(pipe[1], filling.data(), filling.size()) > 0) continue;
+    const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(exitCodeAfter([&] { return ::dup2(pipe[1], STDERR_FILENO) >= 0; }), 0);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 2s);  // it has been waited for
     ::close(pipe[0]);
     ::close(pipe[1]);
 }
@@ -236,7 +263,7 @@ int brokenPipe() {
     return pipe[1];
 }
 
-TEST(ErrorMessage, StrikesWithSigpipeOnAClosedPipe) {
+TEST(ErrorMessage, RaisesSigpipeOnAClosedPipe) {
     const int pipe = brokenPipe();
     ASSERT_GE(pipe, 0);
     EXPECT_EQ(exitCodeAfter([&] {

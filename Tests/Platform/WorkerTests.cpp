@@ -1,4 +1,4 @@
-// The worker, alone and beneath parse: what holds on every system. What holds on one alone stands
+// The worker, alone and below parse: what holds on every system. What holds on one alone stands
 // in LinuxWorkerTests.cpp and MacOSWorkerTests.cpp.
 
 #include "Optrella/Platform/Worker.hpp"
@@ -133,7 +133,7 @@ TEST(Worker, WaitsOnThroughSignals) {
 
     bool hasEnded = false;
     EXPECT_TRUE(runOnWorker([&] {
-        // All of them strike the thread that waits.
+        // All of them are raised in the thread that waits.
         while (interruptions < 100) {
             ::pthread_kill(interrupted, SIGVTALRM);
             std::this_thread::sleep_for(100us);
@@ -146,7 +146,7 @@ TEST(Worker, WaitsOnThroughSignals) {
     ::sigaction(SIGVTALRM, &before, nullptr);
 }
 
-// The signals strike the caller: the worker's other threads, which there may be, block them.
+// The signals are raised in the caller: the worker's other threads, if there are any, block them.
 void workThroughATimer() {
     interrupted = ::pthread_self();
     interruptions = 0;
@@ -171,7 +171,7 @@ TEST(Worker, WaitsOnThroughATimerThatNeverRests) {
     EXPECT_EXIT(workThroughATimer(), testing::ExitedWithCode(0), "^$");
 }
 
-// ---- Beneath parse ----
+// ---- Below parse ----
 
 TEST(ParseOnTheWorker, LeavesNoDescriptorOpenInTenThousandCalls) {
     const TimeLimit limit;

@@ -2,14 +2,14 @@
 
     namespaces.run(prepare, main)
 
-starts the calling script anew, twice: first inside the namespaces with the right to mount, where
+starts the calling script again, twice: first inside the namespaces with the right to mount, where
 `prepare` is called, then for `main`. Its first argument says with which rights:
 
     --root   as root
     --user   as an ordinary user without rights, 7001, who may do this without any help from root
 
 Where the machine does not allow it, the script ends with status 77 and says why. Everything that
-is started inside ends with the script, even when that is killed.
+is started inside ends with the script, even when the script is killed.
 """
 
 import ctypes
@@ -29,8 +29,8 @@ NAMESPACES = ["unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-
 AS_USER = ["--user", f"--map-user={USER}", f"--map-group={USER}", "--keep-caps"]
 AS_NOBODY = ["setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups"]
 WITHOUT_RIGHTS = ["setpriv", "--inh-caps=-all", "--ambient-caps=-all", "--bounding-set=-all"]
-# A folder of the namespaces' own, empty at first.
-FOLDER = "/run"
+# A directory of the namespaces' own, empty at first.
+DIRECTORY = "/run"
 # What makes the entries of accounts, on one system or another.
 CRYPT = ("libcrypt.so.1", "libcrypt.so.2")
 
@@ -44,7 +44,7 @@ def run(prepare, main):
     kind, arguments = sys.argv[1], sys.argv[2:]
     if arguments[0] == "--prepare":
         arguments = arguments[1:]
-        mount("-t", "tmpfs", "-o", "mode=0755", "none", FOLDER)
+        mount("-t", "tmpfs", "-o", "mode=0755", "none", DIRECTORY)
         prepare()
         prefix = WITHOUT_RIGHTS if kind == "--user" else []
         execute(prefix + again(kind, "--main", *arguments))
@@ -68,7 +68,7 @@ def enter(kind, arguments):
     for tool in ("unshare", "setpriv", "mount"):
         if shutil.which(tool) is None:
             skip(f"no {tool} here")
-    probe = subprocess.run(prefix + ["mount", "-t", "tmpfs", "none", FOLDER],
+    probe = subprocess.run(prefix + ["mount", "-t", "tmpfs", "none", DIRECTORY],
                            stdin=subprocess.DEVNULL, capture_output=True, text=True)
     if probe.returncode != 0:
         skip(f"no namespaces here: {probe.stderr.strip()}")
@@ -111,19 +111,19 @@ def mount(*arguments):
 
 
 def keep(path):
-    """Opens a folder of the machine for the tests to look at when another one lies over it."""
-    folder = os.open(path, os.O_PATH | os.O_DIRECTORY)
-    os.set_inheritable(folder, True)
-    os.environ["KEPT_FOLDER"] = str(folder)
+    """Opens a directory of the machine for the tests to look at when another one lies over it."""
+    directory = os.open(path, os.O_PATH | os.O_DIRECTORY)
+    os.set_inheritable(directory, True)
+    os.environ["KEPT_DIRECTORY"] = str(directory)
 
 
 def kept():
-    return int(os.environ["KEPT_FOLDER"])
+    return int(os.environ["KEPT_DIRECTORY"])
 
 
 def own_devices(has_terminals=False):
-    """Covers /dev: no log but that of the tests, and no terminals, or some of their own."""
-    device = FOLDER + "/dev"
+    """Covers /dev: there is no log but that of the tests, and no terminals but their own, if any."""
+    device = DIRECTORY + "/dev"
     os.mkdir(device)
     mount("-t", "tmpfs", "-o", "mode=0755", "none", device)
     for name in ("null", "zero", "full", "random", "urandom", *["tty"] * has_terminals):
@@ -138,7 +138,7 @@ def own_devices(has_terminals=False):
 
 
 def state_of_kept(*names):
-    """What identifies files of the folder that is kept: their content, as far as it may be read,
+    """What identifies files of the directory that is kept: their content, as far as it may be read,
     and what the file system says."""
     found = []
 
@@ -148,10 +148,10 @@ def state_of_kept(*names):
             found.append((name, status.st_mode, status.st_ino, status.st_size, status.st_mtime_ns,
                           status.st_ctime_ns))
             if stat.S_ISDIR(status.st_mode):
-                folder = os.open(name, os.O_RDONLY, dir_fd=kept())
-                for entry in sorted(os.listdir(folder)):
+                directory = os.open(name, os.O_RDONLY, dir_fd=kept())
+                for entry in sorted(os.listdir(directory)):
                     look_at(f"{name}/{entry}")
-                os.close(folder)
+                os.close(directory)
             elif stat.S_ISREG(status.st_mode):
                 with open(os.open(name, os.O_RDONLY, dir_fd=kept()), "rb") as file:
                     found.append(hashlib.sha256(file.read()).hexdigest())
@@ -187,8 +187,8 @@ def crypt(password, setting="$6$rounds=1000$saltofthetests"):
 
 
 def path_of_module(name):
-    folders = (os.path.dirname(path_of_library("libpam.so.0")), "/lib64", "/lib", "/usr/lib")
-    return existing(f"{folder}/security/{name}" for folder in folders)
+    directories = (os.path.dirname(path_of_library("libpam.so.0")), "/lib64", "/lib", "/usr/lib")
+    return existing(f"{directory}/security/{name}" for directory in directories)
 
 
 def path_of_helper():
@@ -200,8 +200,8 @@ def existing(paths):
 
 
 def preloads(program):
-    """A sanitizer looks for crypt() when the process starts, and finds it only when its library is
-    there by then; else the modules call nothing."""
+    """A sanitizer looks for crypt() when the process starts, and finds it only if its library is
+    loaded by then; otherwise the modules would call a null pointer."""
     with open(program, "rb") as file:
         runtime = re.search(rb"\blib[at]san\.so\.\d+", file.read())
     if runtime is None:

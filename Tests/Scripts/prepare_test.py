@@ -13,17 +13,17 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 
 class PrepareOnMacOS(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        self.calls = self.folder / "calls"
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.directory = pathlib.Path(directory.name)
+        self.calls = self.directory / "calls"
         for name in ("bash", "env", "dirname", "awk", "cat"):
-            os.symlink(f"/usr/bin/{name}", self.folder / name)
+            os.symlink(f"/usr/bin/{name}", self.directory / name)
         self.command("uname", "echo Darwin")
         self.command("xcode-select", "exit 0")
 
     def command(self, name, script):
-        file = self.folder / name
+        file = self.directory / name
         file.write_text(f"#!/bin/bash\n{script}\n")
         file.chmod(0o755)
 
@@ -34,7 +34,7 @@ class PrepareOnMacOS(unittest.TestCase):
 
     def prepare(self, wanted):
         return subprocess.run(["/bin/bash", ROOT / "Scripts" / "prepare", wanted], text=True,
-                              env={"PATH": str(self.folder)}, stdout=subprocess.PIPE,
+                              env={"PATH": str(self.directory)}, stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, check=False)
 
     def installed(self):

@@ -15,9 +15,9 @@ VERSION = re.search(r"^project\(Optrella VERSION ([\d.]+)", (ROOT / "CMakeLists.
 
 class Release(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.root = pathlib.Path(folder.name)
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.root = pathlib.Path(directory.name)
         shutil.copytree(ROOT / "Packaging", self.root / "Packaging")
         shutil.copy(ROOT / "CMakeLists.txt", self.root)
         shutil.copy(ROOT / "README.md", self.root)

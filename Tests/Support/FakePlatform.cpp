@@ -3,10 +3,13 @@
 #include <thread>
 
 #include "Optrella/Platform/ChildProcess.hpp"
+#include "Optrella/Platform/Concealment.hpp"
 #include "Optrella/Platform/Directory.hpp"
 #include "Optrella/Platform/Files.hpp"
 #include "Optrella/Platform/Log.hpp"
+#include "Optrella/Platform/PasswordCheck.hpp"
 #include "Optrella/Platform/Process.hpp"
+#include "Optrella/Platform/StandardError.hpp"
 #include "Optrella/Platform/StartArguments.hpp"
 #include "Optrella/Platform/Terminal.hpp"
 #include "Optrella/Platform/Worker.hpp"
@@ -34,12 +37,17 @@ bool isMember(const std::string& user, std::uint32_t group) {
     return user == platform().user && platform().groupsOfUser.contains(group);
 }
 
+Concealment::Concealment() noexcept { ++platform().concealments; }
+Concealment::~Concealment() { --platform().concealments; }
+
 bool verifyPassword(const std::string& user, const Password& password) {
+    platform().concealedThen.push_back(platform().concealments > 0);
     platform().passwordChecks.push_back({user, std::string(password.bytes())});
     return password.bytes() == platform().rightPassword;
 }
 
 std::optional<Password> readPassword(const char* prompt) {
+    platform().concealedThen.push_back(platform().concealments > 0);
     const std::size_t attempt = platform().prompts.size();
     platform().prompts.emplace_back(prompt);
     if (attempt >= platform().typedLines.size()) return std::nullopt;
@@ -53,6 +61,7 @@ std::optional<Password> readPassword(const char* prompt) {
 bool runChild(const char* program, std::span<const std::string> arguments, Password input,
               BlockHandler handler) {
     if (!platform().canStartChildren) return false;
+    platform().concealedThen.push_back(platform().concealments > 0);
     platform().children.push_back(
         {program, {arguments.begin(), arguments.end()}, std::string(input.bytes())});
     for (const std::string& block : platform().childBlocks) {
@@ -68,7 +77,7 @@ bool fileExists(const char* path) noexcept {
     return platform().existingPaths.contains(path);
 }
 
-bool isFolder(const char* path) noexcept { return platform().folders.contains(path); }
+bool isDirectory(const char* path) noexcept { return platform().directories.contains(path); }
 
 std::optional<std::string> currentDirectory() { return platform().currentDirectory; }
 

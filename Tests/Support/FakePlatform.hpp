@@ -31,7 +31,7 @@ struct FakePlatform {
     std::optional<std::string> user = "tester";
     std::set<std::uint32_t> groupsOfUser;
     std::set<std::string> existingPaths;
-    std::set<std::string> folders;
+    std::set<std::string> directories;
     std::optional<std::string> currentDirectory = "/here";
     std::optional<std::string> bundleIdentifier;
     bool canStartThreads = true;
@@ -53,8 +53,11 @@ struct FakePlatform {
         friend bool operator==(const Check&, const Check&) = default;
     };
     std::vector<Check> passwordChecks;
+    // Whether the process was concealed at each prompt, check and start of a child.
+    std::vector<bool> concealedThen;
 
     // What reached the system.
+    int concealments = 0;  // that are alive
     int threadsStarted = 0;
     std::vector<LogEntry> logEntries;
     std::vector<std::string> errorWrites;

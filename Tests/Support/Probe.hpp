@@ -8,7 +8,7 @@
 
 namespace Tests {
 
-// What happened cannot be told to the test, whose expectation fails by it.
+// Ends the process: the test cannot be told what happened, and its expectation fails.
 [[noreturn]] void giveUp();
 
 [[nodiscard]] std::string hex(std::string_view bytes);
@@ -19,7 +19,6 @@ void writeAll(int descriptor, std::string_view bytes);
 // Waits until what was written into a pipe has been read: so a write is a block for its reader.
 void awaitDrained(int descriptor);
 
-// All of it.
 [[nodiscard]] std::string standardInput();
 
 }  // namespace Tests

@@ -1,14 +1,14 @@
 // Reads one password while a system call of the reader fails, for FaultTests.py:
 //
 //   FaultProbe REPORT                          no call fails
-//   FaultProbe REPORT CALL FIRST LAST ERRNO    so do the calls of this name with these numbers
-//   FaultProbe REPORT CALL FIRST LAST lie      so do they, but they say that they have succeeded
-//   FaultProbe REPORT CALL FIRST LAST short    so do these writes, but for their first byte
+//   FaultProbe REPORT CALL FIRST LAST ERRNO    the calls of this name with these numbers fail
+//   FaultProbe REPORT CALL FIRST LAST lie      they fail, but say that they have succeeded
+//   FaultProbe REPORT CALL FIRST LAST short    these writes write only their first byte
 //   FaultProbe REPORT keep                     no call fails, and the password is not destroyed
 //
 // Reports, line by line: whether the result is "none", "right" or "wrong"; how many descriptors
-// have been left open; how many signals are handled otherwise than before; whether a part of the
-// password is in memory; and the number of each call. Linked with --wrap for each of the calls.
+// have been left open; how many signals are handled in another way than before; whether a part of
+// the password is in memory; and the number of each call. Linked with --wrap for each of the calls.
 
 #include <errno.h>
 #include <fcntl.h>
@@ -129,7 +129,7 @@ void* __wrap_mmap(void* address, size_t size, int access, int flags, int number,
 
 namespace {
 
-// ---- What is left behind ----
+// ---- What is left ----
 
 constexpr unsigned char mask = 0x5a;
 

@@ -15,7 +15,7 @@ CLEAN = ["0", "0", "nowhere"]  # descriptors left open, handlers changed, where 
 
 
 class Outcome:
-    """A reading with these faults: what the user saw, the result, and what was left behind."""
+    """A reading with these faults: what the user saw, the result, and what was left."""
 
     def __init__(self, *faults):
         terminal = Terminal()
@@ -64,7 +64,7 @@ class Probe(FaultTest):
 
 
 class NoFault(FaultTest):
-    def test_leaves_nothing_behind(self):
+    def test_leaves_nothing(self):
         outcome = Outcome()
         self.check(outcome, "right")
         self.assertEqual(outcome.shown, PROMPT + b"\r\n")
@@ -85,7 +85,7 @@ class Interruption(FaultTest):
 
 
 class Failure(FaultTest):
-    """Told apart: when a call that puts something back fails for ever, it stays as it is."""
+    """Except that what a call puts back stays as it is when that call fails for ever."""
 
     def puts_handler_back(self, name, number):
         replaced = 8  # of nine signals, one is ignored
@@ -106,7 +106,7 @@ class Failure(FaultTest):
                 self.check(Outcome(name, number, EVER, errno.EIO), "none")
 
     def test_to_put_the_settings_back_is_nothing(self):
-        # The terminal cannot be helped then.
+        # The terminal cannot be restored then.
         self.check(Outcome("tcsetattr", 2, EVER, errno.EIO), "none", is_restored=False)
 
     def test_before_the_prompt_shows_nothing(self):

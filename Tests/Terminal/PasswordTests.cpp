@@ -95,7 +95,7 @@ TEST_F(PasswordTest, TakesNoMemoryWhileItIsEmpty) {
     EXPECT_EQ(timesGivenBack, 0);
 }
 
-TEST_F(PasswordTest, AppendsBehindWhatItHolds) {
+TEST_F(PasswordTest, AppendsToWhatItHolds) {
     Password password;
     EXPECT_TRUE(password.append(" a"));
     EXPECT_TRUE(password.append(""));
@@ -139,7 +139,7 @@ TEST_F(PasswordTest, AppendsNothingWithoutMemory) {
     EXPECT_EQ(password.bytes(), "b");
 }
 
-TEST_F(PasswordTest, HasRoomBehindItsBytes) {
+TEST_F(PasswordTest, HasRoomAfterItsBytes) {
     Password password = passwordOf("ab");
     const std::span<char> room = password.room();
     EXPECT_EQ(room.data(), password.bytes().data() + 2);
@@ -240,7 +240,7 @@ TEST_F(PasswordTest, GivesItsMemoryBackOnceAfterMoves) {
     EXPECT_EQ(givenBack, zeros);
 }
 
-// The flags of the map that holds the address, with a blank before and behind each.
+// The flags of the map that holds the address, with a space before and after each.
 std::string mapFlags(const void* address) {
     std::FILE* maps = std::fopen("/proc/self/smaps", "re");
     if (maps == nullptr) return "";
@@ -273,7 +273,7 @@ TEST_F(PasswordTest, StaysOutOfCoreDumps) {
 bool isLocked(const void* address) { return mapFlags(address).find(" lo ") != std::string::npos; }
 
 TEST_F(PasswordTest, StaysOutOfSwap) {
-    // A sanitizer lets nothing be locked, and says that it is.
+    // Under a sanitizer nothing is locked, though the call says so.
     void* page = ::mmap(nullptr, Password::capacity, PROT_READ | PROT_WRITE,
                         MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     ASSERT_NE(page, MAP_FAILED);
@@ -285,10 +285,10 @@ TEST_F(PasswordTest, StaysOutOfSwap) {
 }
 
 TEST_F(PasswordTest, OverwritesOtherMemory) {
-    char bytes[] = "before secret behind";
+    char bytes[] = "before secret after";
     Optrella::Platform::overwrite(bytes + 7, 6);
     EXPECT_EQ(std::string_view(bytes, sizeof bytes - 1),
-              std::string_view("before \0\0\0\0\0\0 behind", 20));
+              std::string_view("before \0\0\0\0\0\0 after", 19));
 }
 
 }  // namespace

@@ -109,8 +109,8 @@ void reportHandling() {
     report(line);
 }
 
-std::ptrdiff_t entries(const char* folder) {
-    return std::distance(std::filesystem::directory_iterator(folder),
+std::ptrdiff_t entries(const char* directory) {
+    return std::distance(std::filesystem::directory_iterator(directory),
                          std::filesystem::directory_iterator());
 }
 

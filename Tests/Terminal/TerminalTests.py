@@ -63,7 +63,7 @@ class Line(TerminalTest):
     def test_is_read_without_its_end(self):
         self.expect_read(b"right\n", text(b"right"))
 
-    def test_keeps_its_blanks(self):
+    def test_keeps_its_spaces(self):
         self.expect_read(b"  a \t b  \n", text(b"  a \t b  "))
 
     def test_may_be_empty(self):
@@ -120,7 +120,7 @@ class Line(TerminalTest):
         line = bytes(97 + i % 26 for i in range(6000))
         self.expect_read(line + b"\n", text(line[:4095]))
 
-    def test_that_was_pushed_in_pieces_is_cut_behind_4096_bytes(self):
+    def test_that_was_pushed_in_pieces_is_cut_after_4096_bytes(self):
         program = self.run_probe("read")
         line = bytes(97 + i % 26 for i in range(6000))
         program.answer(line[:4000] + END_OF_INPUT)
@@ -136,7 +136,7 @@ class Line(TerminalTest):
         self.assertEqual(program.answer(b"late\n"), PROMPT)
         self.expect_end(program, 0, [text(b"late")])
 
-    def test_typed_behind_it_is_dropped(self):
+    def test_typed_after_it_is_dropped(self):
         program = self.run_probe("read", "read")
         program.answer(b"one\ntwo\n")
         self.assertEqual(program.answer(b"three\n"), b"\r\n" + PROMPT)
@@ -155,7 +155,7 @@ class EndOfInput(TerminalTest):
     def test_completes_what_was_typed(self):
         self.expect_read(b"ab" + END_OF_INPUT + END_OF_INPUT, text(b"ab"))
 
-    def test_once_behind_text_only_hands_it_over(self):
+    def test_once_after_text_only_hands_it_over(self):
         self.expect_read(b"ab" + END_OF_INPUT + b"cd\n", text(b"abcd"))
 
     def test_completes_a_text_of_a_nul_byte(self):
@@ -334,16 +334,16 @@ class JobControl(TerminalTest):
     def press_stop(self, _):
         self.terminal.type(b"\x1a")
 
-    def test_stop_key_asks_anew_afterwards(self):
+    def test_stop_key_asks_again_afterwards(self):
         self.expect_start_over(signal.SIGTSTP, self.press_stop)
 
-    def test_stop_key_asks_anew_on_another_thread(self):
+    def test_stop_key_asks_again_on_another_thread(self):
         self.expect_start_over(signal.SIGTSTP, self.press_stop, "thread")
 
-    def test_stop_key_asks_anew_on_a_thread_that_blocks_it(self):
+    def test_stop_key_asks_again_on_a_thread_that_blocks_it(self):
         self.expect_start_over(signal.SIGTSTP, self.press_stop, "blocked-thread")
 
-    def test_every_signal_that_stops_asks_anew_afterwards(self):
+    def test_every_signal_that_stops_asks_again_afterwards(self):
         for number in (signal.SIGTSTP, signal.SIGTTIN, signal.SIGTTOU):
             with self.subTest(number=number):
                 self.expect_start_over(number, lambda job: os.killpg(self.terminal.foreground(),
@@ -513,11 +513,11 @@ class Resources(TerminalTest):
     def test_are_not_inherited_by_a_program_that_is_started_meanwhile(self):
         program = self.run_probe("read")
         program.prompts()
-        folder = f"/proc/{program.pid}/fdinfo"
-        own = [number for number in os.listdir(folder) if int(number) > 2]
+        directory = f"/proc/{program.pid}/fdinfo"
+        own = [number for number in os.listdir(directory) if int(number) > 2]
         self.assertEqual(len(own), 4)  # the report, the terminal, both ends of a pipe
         for number in own:
-            with open(f"{folder}/{number}", encoding="ascii") as file:
+            with open(f"{directory}/{number}", encoding="ascii") as file:
                 flags = dict(line.split(":", 1) for line in file)["flags"]
             self.assertTrue(int(flags, 8) & os.O_CLOEXEC, number)
 

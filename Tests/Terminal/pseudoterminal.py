@@ -93,11 +93,11 @@ class Program:
         return self.pid
 
     def is_asleep(self):
-        folder = f"/proc/{self.reader()}/task"
+        directory = f"/proc/{self.reader()}/task"
         states = []
         try:
-            for thread in os.listdir(folder):
-                with open(f"{folder}/{thread}/stat", encoding="utf-8") as file:
+            for thread in os.listdir(directory):
+                with open(f"{directory}/{thread}/stat", encoding="utf-8") as file:
                     states.append(file.read().rpartition(") ")[2][0])
         except (FileNotFoundError, ProcessLookupError):  # a thread has just ended
             return False

@@ -5,6 +5,7 @@
 #include <array>
 #include <functional>
 #include <iterator>
+#include <list>
 #include <memory>
 #include <optional>
 #include <span>
@@ -18,6 +19,7 @@
 #include "Optrella/CommandLine.hpp"
 #include "Optrella/Optrella.hpp"
 #include "Support/Capture.hpp"
+#include "Support/Death.hpp"
 
 using namespace Optrella;
 
@@ -36,6 +38,33 @@ parsingError ran(Action&& action) {
     const CommandLinePossibility commandLines[] = {
         {false, {list}, {name}, "h", false, std::forward<Action>(action)}};
     return parse(commandLines, {"tool", "list", "-n", "x"});
+}
+
+// ---- arguments ----
+
+TEST(ArgumentList, ViewsTexts) {
+    const std::vector<Text> texts{"tool", "list"};
+    EXPECT_EQ(ArgumentList(texts).texts().data(), texts.data());
+    EXPECT_EQ(ArgumentList(texts).texts().size(), 2U);
+    EXPECT_TRUE(ArgumentList().texts().empty());
+}
+
+TEST(ArgumentList, CopiesOtherStringsOnceAndByteForByte) {
+    using namespace std::string_literals;
+    std::vector<std::string> strings{"tool", "a\0b"s, "", "caf\u00E9"};
+    const std::vector<std::string> same = strings;
+    ArgumentList arguments(strings);
+    for (std::string& string : strings) string = "overwritten";
+    const ArgumentList copy = arguments;
+    EXPECT_EQ(copy.texts().data(), arguments.texts().data());
+    arguments = {};
+    ASSERT_EQ(copy.texts().size(), same.size());
+    for (std::size_t i = 0; i < same.size(); ++i) EXPECT_EQ(copy.texts()[i].str(), same[i]);
+}
+
+TEST(ArgumentListDeathTest, StopsTheProcessForANullPointer) {
+    const char* const names[] = {"tool", nullptr};
+    EXPECT_SILENT_STOP(ArgumentList{names});
 }
 
 // ---- forms of an action ----
@@ -228,11 +257,15 @@ TEST_F(ParseCall, TakesAnyRangeOfWhatMakesATextOf) {
     const std::vector<std::string_view> views(strings.begin(), strings.end());
     const std::vector<const char*> pointers{"tool", "list"};
     const std::initializer_list<std::string> initializers = {"tool", "list"};
+    const char* const names[] = {"tool", "list"};
+    const std::list<std::string> scattered{"tool", "list"};
     EXPECT_EQ(parse(array, strings), parsingError::NoError);
     EXPECT_EQ(parse(array, views), parsingError::NoError);
     EXPECT_EQ(parse(array, pointers), parsingError::NoError);
     EXPECT_EQ(parse(array, initializers), parsingError::NoError);
-    EXPECT_EQ(runs, 4);
+    EXPECT_EQ(parse(array, names), parsingError::NoError);
+    EXPECT_EQ(parse(array, scattered), parsingError::NoError);
+    EXPECT_EQ(runs, 6);
 }
 
 TEST_F(ParseCall, TakesTextsInBraces) {

@@ -95,7 +95,7 @@ TEST(AFit, CostsTwoHeapCallsOfTheCallerWhateverIsGiven) {
     EXPECT_EQ(heapCalls() - before, 2);
 }
 
-// Behind the one that fits, so many that own all arguments too, and lack one.
+// After the one that fits, so many that own all arguments too, and lack one.
 long heapCallsOfAFitBefore(std::size_t others) {
     std::vector<CommandLinePossibility> declarations(
         others + 1, CommandLinePossibility(false, {add, ParameterNone{{"--missing"}, ""}},
@@ -109,7 +109,7 @@ long heapCallsOfAFitBefore(std::size_t others) {
     return heapCalls() - before;
 }
 
-TEST(AMisfit, CostsNoHeapCallBehindAFitOfManyParameters) {
+TEST(AMisfit, CostsNoHeapCallAfterAFitOfManyParameters) {
     EXPECT_EQ(heapCallsOfAFitBefore(10), heapCallsOfAFitBefore(100));
 }
 

@@ -21,7 +21,7 @@ void* countedOrThrow(std::size_t size) {
 
 long heapCalls() noexcept { return calls; }
 
-// All but the aligned forms: the sanitizers' own would not end in the first of these.
+// All but the aligned forms: the sanitizers' own would not call the first of these.
 void* operator new(std::size_t size) { return countedOrThrow(size); }
 void* operator new[](std::size_t size) { return countedOrThrow(size); }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return counted(size); }

@@ -69,7 +69,7 @@ struct Templated {
     Value value{};
 };
 
-struct CommonBehind {
+struct CommonLast {
     int before = 0;
     commonDetails common;
 };
@@ -104,7 +104,7 @@ protected:
 
 using EveryMake =
     testing::Types<Plain, WithConstructor, WithDefaults, Big, Aligned, ThrowingMove, Final,
-                   Templated<int>, Templated<std::string>, CommonBehind, Base, Derived>;
+                   Templated<int>, Templated<std::string>, CommonLast, Base, Derived>;
 TYPED_TEST_SUITE(OwnKind, EveryMake);
 
 TYPED_TEST(OwnKind, IsFoundAgainByItsDeclaration) {

@@ -20,6 +20,7 @@
 #include "HeapCalls.hpp"
 #include "Optrella/Fetch.hpp"
 #include "Optrella/Parameters.hpp"
+#include "Support/Kinds.hpp"
 
 using namespace Optrella;
 
@@ -476,8 +477,7 @@ TEST_P(ParameterValue, StaysItselfInAGrowingVector) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(OfEachKind, ParameterValue,
-                         testing::Values(flag, name, identity, limit, choice, path));
+INSTANTIATE_TEST_SUITE_P(OfEachKind, ParameterValue, testing::ValuesIn(Tests::oneOfEachKind()));
 
 TEST(ParameterValue, GivesItsKindToWhoNamesIt) {
     const ParameterProtocol held = choice;

@@ -416,7 +416,7 @@ TEST(TextHandedOn, FillsAndExtendsAString) {
     EXPECT_EQ("x " + text.str(), "x a");
 }
 
-TEST(TextHandedOn, GoesToCFunctionsWithANULBehindIt) {
+TEST(TextHandedOn, GoesToCFunctionsWithANULAfterIt) {
     const Text text = "/dev/null";
     std::FILE* file = std::fopen(text.c_str(), "r");
     ASSERT_NE(file, nullptr);

@@ -32,6 +32,7 @@ class Case:
     def __init__(self, name):
         self.name = name
         self.flags = []
+        self.refused_flags = []
         self.lines = []  # (mark, text): "-" only in the refused program, "+" only in the right one
         self.says = []  # (family or "", text)
 
@@ -58,6 +59,8 @@ def read_cases(path):
             cases[-1].says.append((head.removesuffix("says").strip(), text))
         elif colon and head == "flags":
             cases[-1].flags = text.split()
+        elif colon and head == "refused flags":
+            cases[-1].refused_flags = text.split()
         elif line[0] in "-+" and line[1:2] == " ":
             cases[-1].lines.append((line[0], line[2:]))
         else:
@@ -91,9 +94,9 @@ def failure(case, compiler):
     """Why the case fails, or nothing when it passes."""
     expected = case.expected(compiler.family)
     marks = {mark for mark, _ in case.lines}
-    if not expected or not {"-", "+"} <= marks:
-        return "a case needs an expected text, a line marked - and a line marked +"
-    refusal = compiler.messages(case.program("-"), case.flags)
+    if not expected or not (case.refused_flags or {"-", "+"} <= marks):
+        return "a case needs an expected text, a line marked - and a line marked +, or refused flags"
+    refusal = compiler.messages(case.program("-"), case.flags + case.refused_flags)
     if refusal is None:
         return "is accepted"
     seen = "\n".join(refusal.splitlines()[:SEEN_LINES])

@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "Optrella/Internal/CommandLineExitStatus.hpp"
+#include "Optrella/CommandLineExitStatus/LogSubsystem.hpp"
 #include "Support/Capture.hpp"
 #include "Support/FakePlatform.hpp"
 
@@ -21,7 +21,7 @@ class OutputErrorMessageTest : public Tests::PolicyTest {};
 
 std::int32_t statusOfAFreshProcess() { return CommandLineExitStatus::shared().exitStatus; }
 
-// These start the test program anew: the values are made once for a process.
+// These start the test program again: the values are made once in a process.
 class FreshProcess : public testing::Test {
 protected:
     FreshProcess() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
@@ -94,7 +94,7 @@ TEST_F(FreshProcess, MakesTheSubsystemOnceForManyThreads) {
 TEST_F(FreshProcess, MayReportAnErrorWhileItsStaticObjectsAreDestroyed) {
     EXPECT_EXIT(
         {
-            // Registered before the subsystem is made, and so called after its making is undone.
+            // Registered before the subsystem is made, and so called after it would be destroyed.
             std::atexit([] {
                 outputErrorMessage("late");
                 if (platform().logEntries.back().subsystem != "com.example.tool") std::_Exit(1);

@@ -12,8 +12,10 @@
 #include <unordered_set>
 #include <vector>
 
+#include "Optrella/CommandLine/Dispatch.hpp"
+#include "Optrella/CommandLine/Matching.hpp"
+#include "Optrella/CommandLine/Validation.hpp"
 #include "Optrella/CommandLineExitStatus.hpp"
-#include "Optrella/Internal/CommandLine.hpp"
 #include "Support/Capture.hpp"
 #include "Support/Death.hpp"
 #include "Support/FakePlatform.hpp"
@@ -21,7 +23,6 @@
 namespace {
 
 using namespace Optrella;
-using Internal::couldRun;
 using Internal::Declaration;
 using Tests::platform;
 using Tests::printed;
@@ -49,6 +50,8 @@ std::vector<std::string> shown(const Parameters& parameters) {
     return texts;
 }
 
+Parameters copied(Internal::KeptList views) { return Parameters(views.begin(), views.end()); }
+
 using Texts = std::vector<std::string>;
 
 struct Filled {
@@ -63,9 +66,10 @@ void PrintTo(const Filled& filled, std::ostream* stream) {
 
 std::optional<Filled> filled(const CommandLinePossibility& declaration,
                              const std::vector<Text>& arguments) {
-    const auto fit = couldRun(declaration, arguments);
+    const auto fit = Internal::Matcher(arguments).couldRun(declaration);
     if (!fit) return std::nullopt;
-    const auto firstOptional = fit->given.begin() + static_cast<std::ptrdiff_t>(fit->requiredCount);
+    const auto firstOptional =
+        fit->given.begin() + std::ssize(Internal::Declaration::required(declaration));
     return Filled{shown(Parameters(fit->given.begin(), firstOptional)),
                   shown(Parameters(firstOptional, fit->given.end()))};
 }
@@ -74,6 +78,15 @@ const ParameterNone flagA{{"-a"}, ""};
 const ParameterNone flagB{{"-b", "--bee"}, ""};
 const ParameterString textX{{"-x", "--ex"}, "x", ""};
 const ParameterString textY{{"-y"}, "y", ""};
+
+TEST(CouldRun, GivesAFlagItsValueWhereTheToolHasSaidThatOneFollows) {
+    ParameterNone flag{{"-f"}, ""};
+    flag.common.hasParameter = true;
+    EXPECT_EQ(filled(command({flag}), {"-f", "x"}), (Filled{{"-f=x"}, {}}));
+    ParameterString text{{"-t"}, "t", ""};
+    text.common.hasParameter = false;
+    EXPECT_EQ(filled(command({text}), {"-t"}), (Filled{{"-t="}, {}}));
+}
 
 // ---- parsingError ----
 
@@ -114,8 +127,8 @@ TEST(ParsingError, HashesAsItsTextDoes) {
 TEST(CommandLinePossibility, KeepsWhatItIsGivenUnchanged) {
     const CommandLinePossibility declaration{
         true, {flagA, flagA, textX}, {textY}, "The help", true, doNothing};
-    EXPECT_EQ(shown(Declaration::required(declaration)), (Texts{"-a=", "-a=", "-x="}));
-    EXPECT_EQ(shown(Declaration::optional(declaration)), (Texts{"-y="}));
+    EXPECT_EQ(shown(copied(Declaration::required(declaration))), (Texts{"-a=", "-a=", "-x="}));
+    EXPECT_EQ(shown(copied(Declaration::optional(declaration))), (Texts{"-y="}));
     EXPECT_EQ(Declaration::help(declaration), "The help");
     EXPECT_TRUE(Declaration::requiresRoot(declaration));
     EXPECT_TRUE(Declaration::hidden(declaration));
@@ -231,8 +244,8 @@ TEST(CouldRun, ADanglingTagIsNamedEvenWhenRequiredOnesAreMissing) {
 TEST(CouldRun, TheDeclarationStaysAsItWas) {
     const CommandLinePossibility declaration = command({textX}, {textY});
     EXPECT_NE(filled(declaration, {"-x", "1", "-y", "2"}), std::nullopt);
-    EXPECT_EQ(shown(Declaration::required(declaration)), (Texts{"-x="}));
-    EXPECT_EQ(shown(Declaration::optional(declaration)), (Texts{"-y="}));
+    EXPECT_EQ(shown(copied(Declaration::required(declaration))), (Texts{"-x="}));
+    EXPECT_EQ(shown(copied(Declaration::optional(declaration))), (Texts{"-y="}));
     EXPECT_EQ(filled(declaration, {"-x", "3"}), (Filled{{"-x=3"}, {}}));
 }
 
@@ -322,8 +335,45 @@ TEST(ValidateParameters, IsTrueAndSilentWhenAllAreValid) {
               "");
 }
 
-// A root command can end its process with status 0. Where that ends a test, and with it all that
-// follow, the program has failed; in the child of a death test it is what is expected.
+// Says what a test wants it to say, and counts how often it is asked.
+struct Judged {
+    commonDetails common = {.tags = {"-j"}};
+    std::optional<Text> message;
+    int* questions;
+
+    [[nodiscard]] std::optional<Text> validate() const {
+        ++*questions;
+        return message;
+    }
+};
+
+TEST(ValidateParameters, AsksEachParameterOnce) {
+    int questions = 0;
+    EXPECT_TRUE(Internal::validateParameters({Judged{.message = {}, .questions = &questions}}));
+    EXPECT_EQ(questions, 1);
+}
+
+TEST(ValidateParameters, TakesAnEmptyMessageForOne) {
+    int questions = 0;
+    EXPECT_EQ(printed([&] {
+                  EXPECT_FALSE(Internal::validateParameters(
+                      {Judged{.message = "", .questions = &questions}}));
+              }),
+              "Validation of parameter -j failed : \n");
+}
+
+TEST(ValidateParameters, PrintsAMessageWithANULToItsEnd) {
+    using namespace std::string_literals;
+    int questions = 0;
+    EXPECT_EQ(printed([&] {
+                  EXPECT_FALSE(Internal::validateParameters(
+                      {Judged{.message = "a\0b"s, .questions = &questions}}));
+              }),
+              "Validation of parameter -j failed : a\0b\n"s);
+}
+
+// A root command can end its process with status 0. When that ends a test, and with it all later
+// ones, the program has failed; in the child of a death test it is expected.
 class SurvivingTest : public Tests::PolicyTest {
 protected:
     SurvivingTest() {
@@ -341,29 +391,28 @@ private:
 class ValidatePermissionsTest : public SurvivingTest {};
 
 TEST_F(ValidatePermissionsTest, ACommandWithoutRootAsksNothing) {
-    EXPECT_TRUE(Internal::validatePermissions(command({flagA})));
+    EXPECT_TRUE(Internal::validatePermissions(false));
     EXPECT_EQ(platform().userQuestions, 0);
     EXPECT_TRUE(platform().membershipQuestions.empty());
 }
 
 TEST_F(ValidatePermissionsTest, AMemberOfGroupZeroMayRunARootCommand) {
     platform().groupsOfUser = {0};
-    EXPECT_EQ(printed([] { EXPECT_TRUE(Internal::validatePermissions(rootCommand({flagA}))); }),
-              "");
+    EXPECT_EQ(printed([] { EXPECT_TRUE(Internal::validatePermissions(true)); }), "");
     const std::vector<Tests::FakePlatform::Membership> asked{{"tester", 0}};
     EXPECT_EQ(platform().membershipQuestions, asked);
 }
 
 TEST_F(ValidatePermissionsTest, AnybodyElseIsToldToUseSudo) {
     platform().groupsOfUser = {20};
-    EXPECT_EQ(printed([] { EXPECT_FALSE(Internal::validatePermissions(rootCommand({flagA}))); }),
+    EXPECT_EQ(printed([] { EXPECT_FALSE(Internal::validatePermissions(true)); }),
               "Requested command line must be run as root. Try using sudo.\n");
 }
 
 TEST_F(ValidatePermissionsTest, AnAdministratorWithoutTheRightPasswordIsToldToUseSudo) {
     platform().groupsOfUser = {80};
     platform().typedLines = {"wrong"};
-    EXPECT_EQ(printed([] { EXPECT_FALSE(Internal::validatePermissions(rootCommand({flagA}))); }),
+    EXPECT_EQ(printed([] { EXPECT_FALSE(Internal::validatePermissions(true)); }),
               "Sorry, try again.\n"
               "Requested command line must be run as root. Try using sudo.\n");
     EXPECT_TRUE(platform().children.empty());
@@ -372,17 +421,32 @@ TEST_F(ValidatePermissionsTest, AnAdministratorWithoutTheRightPasswordIsToldToUs
 TEST_F(ValidatePermissionsTest, ForGroupZeroComesBeforeThePrompt) {
     platform().groupsOfUser = {0, 80};
     platform().typedLines = {"right pass"};
-    EXPECT_TRUE(Internal::validatePermissions(rootCommand({flagA})));
+    EXPECT_TRUE(Internal::validatePermissions(true));
     EXPECT_TRUE(platform().prompts.empty());
 }
 
-// Lets the process end with 99 unless it was started again as it was started itself, and with a
-// word that shows that it ended as a process does.
+TEST_F(ValidatePermissionsTest, AProcessIsConcealedWhileItHasAPasswordAndNotAfter) {
+    platform().groupsOfUser = {80};
+    platform().typedLines = {"wrong", "wrong"};
+    printed([] { EXPECT_FALSE(Internal::validatePermissions(true)); });
+    EXPECT_EQ(platform().concealedThen, std::vector<bool>(5, true));  // two are checked, of three
+    EXPECT_EQ(platform().concealments, 0);
+}
+
+TEST_F(ValidatePermissionsTest, AProcessIsNotConcealedWhereNoPasswordIsAskedFor) {
+    platform().groupsOfUser = {0};
+    EXPECT_TRUE(Internal::validatePermissions(true));
+    EXPECT_EQ(platform().concealments, 0);
+}
+
+// Makes the process end with 99 unless it has started itself again with its own arguments, and
+// prints a word at its end, which shows that it ended by exit.
 void expectSecondStartAtExit() {
     std::atexit([] {
         const std::vector<Tests::FakePlatform::Child> expected{
             {"/usr/bin/sudo", {"-S", "./tool", "install", "a b"}, "right pass\n"}};
-        if (platform().children != expected) std::_Exit(99);
+        if (platform().children != expected || platform().concealments != 1) std::_Exit(99);
+        if (platform().concealedThen != std::vector<bool>(3, true)) std::_Exit(97);
         std::fputs("the end", stderr);
     });
 }
@@ -396,7 +460,7 @@ TEST_F(ValidatePermissionsTest, AnAdministratorRunsTheToolAgainAndThisProcessEnd
             platform().childBlocks = {"p\nfrom the child"};
             CommandLineExitStatus::shared().exitStatus = 7;
             expectSecondStartAtExit();
-            static_cast<void>(Internal::validatePermissions(rootCommand({flagA})));
+            static_cast<void>(Internal::validatePermissions(true));
             std::_Exit(98);
         },
         testing::ExitedWithCode(0), testing::Eq("from the child\nthe end"));
@@ -404,7 +468,7 @@ TEST_F(ValidatePermissionsTest, AnAdministratorRunsTheToolAgainAndThisProcessEnd
 
 // ---- Rendering ----
 
-TEST(Rendered, ShowsTextsInQuotationMarksWithACommaAndABlankBetween) {
+TEST(Rendered, ShowsTextsInQuotationMarksWithACommaAndASpaceBetween) {
     const std::vector<Text> arguments{"a", "", "b c"};
     EXPECT_EQ(Internal::rendered(arguments), R"(["a", "", "b c"])");
     EXPECT_EQ(Internal::rendered({}), "[]");
@@ -428,8 +492,8 @@ protected:
         Texts texts;
         const CommandLinePossibility recording{
             Declaration::requiresRoot(declaration),
-            Declaration::required(declaration),
-            Declaration::optional(declaration),
+            copied(Declaration::required(declaration)),
+            copied(Declaration::optional(declaration)),
             "help",
             false,
             [&texts](const Parameters& parameters) { texts = shown(parameters); }};
@@ -504,6 +568,29 @@ TEST_F(ParseTest, SaysThatNoDeclarationFits) {
                   EXPECT_EQ(parse({}, {"tool", "add", "", "a b"}), parsingError::NoMatchingLine);
               }),
               expected);
+}
+
+// Takes the tool's declarations away while its value is judged.
+struct Clearing {
+    commonDetails common = {.tags = {"-c"}};
+    std::vector<CommandLinePossibility>* declarations;
+
+    [[nodiscard]] std::optional<Text> validate() const {
+        declarations->clear();
+        declarations->shrink_to_fit();
+        return std::nullopt;
+    }
+};
+
+TEST_F(ParseTest, RunsTheActionOfADeclarationThatIsGoneWhenItIsJudged) {
+    std::vector<CommandLinePossibility> declarations;
+    std::string seen;
+    declarations.emplace_back(
+        false, Parameters{Clearing{.declarations = &declarations}}, Parameters{}, Text("help"),
+        false, [&seen](const Parameters& given) { seen = given.front().common().userValue.str(); });
+    EXPECT_EQ(parse(declarations, {"tool", "-c", "a value"}), parsingError::NoError);
+    EXPECT_TRUE(declarations.empty());
+    EXPECT_EQ(seen, "a value");
 }
 
 TEST_F(ParseTest, IsSilentWhenSeveralDeclarationsFit) {

@@ -16,13 +16,14 @@
 #include <string_view>
 #include <vector>
 
-#include "Optrella/Internal/CommandLine.hpp"
-#include "Optrella/Internal/Unicode.hpp"
+#include "Optrella/CommandLine/Dispatch.hpp"
+#include "Optrella/Elevation/PromptForPassword.hpp"
 #include "Optrella/Parameters.hpp"
-#include "Optrella/PromptForPassword.hpp"
 #include "Optrella/Text.hpp"
+#include "Optrella/Text/Unicode.hpp"
 #include "Optrella/Values.hpp"
-#include "Support/TemporaryFolder.hpp"
+#include "Support/Characters.hpp"
+#include "Support/TemporaryDirectory.hpp"
 
 namespace {
 
@@ -30,7 +31,7 @@ using namespace Optrella;
 using enum ParameterFileURL::existState;
 using nlohmann::json;
 
-// The lines of a data file that are of one kind. A kind without lines is a failure.
+// The lines of one kind in a data file. A kind without lines is a failure.
 class Facts {
 public:
     Facts(const std::string& file, const std::string& kind) {
@@ -56,7 +57,7 @@ std::string field(const json& fact, const char* name) { return fact.at(name).get
 
 // ---- Lines that need a newer Unicode than the installed one ----
 
-// Unassigned in the installed version, and not one of those that never will be assigned.
+// Unassigned in the installed version, and not one that will never be assigned.
 bool maySomedayBeAssigned(utf8proc_int32_t c) {
     const bool isNoncharacter = (c & 0xFFFE) == 0xFFFE || (c >= 0xFDD0 && c <= 0xFDEF);
     return utf8proc_category(c) == UTF8PROC_CATEGORY_CN && !isNoncharacter;
@@ -75,8 +76,8 @@ bool holdsUnassignedCharacter(std::string_view text) {
     return false;
 }
 
-// The lines that got another answer. A text with a character that the installed Unicode does not
-// know is skipped aloud, all others fail.
+// Takes the lines that got another answer. Those with a character that the installed Unicode does
+// not know are printed as skipped, all others fail.
 class OtherAnswers {
 public:
     void add(const json& fact, std::string_view text) {
@@ -120,7 +121,7 @@ bool isAcceptable(const std::string& path, ParameterFileURL::existState state) {
     return !parameter.validate().has_value();
 }
 
-// The folder that the facts on paths are about, while it is the current one.
+// The directory that the facts on paths are about, while it is the current one.
 class FileURLFacts : public testing::Test {
 protected:
     FileURLFacts() {
@@ -138,8 +139,8 @@ protected:
     }
 
 private:
-    Tests::TemporaryFolder folder_;
-    std::string parent_ = folder_.path();
+    Tests::TemporaryDirectory directory_;
+    std::string parent_ = directory_.path();
     std::string here_ = parent_ + "/here";
 };
 
@@ -168,7 +169,7 @@ TEST(TextFacts, CharactersAreCountedAsTheFactsSay) {
     OtherAnswers otherAnswers;
     for (const json& fact : Facts("text-facts.jsonl", "characters")) {
         const std::string text = field(fact, "text");
-        if (Internal::countCharacters(text) != fact["count"]) otherAnswers.add(fact, text);
+        if (Tests::countCharacters(text) != fact["count"]) otherAnswers.add(fact, text);
     }
 }
 
@@ -178,7 +179,7 @@ TEST(TextFacts, TheEndIsCutAsTheFactsSay) {
         const std::string suffix = field(fact, "suffix");
         std::string left = "[ " + field(fact, "tag") + suffix;
         left.resize(left.size() - Internal::sizeOfLastCharacters(left, suffix.size()));
-        if (left != fact["left"]) otherAnswers.add(fact, field(fact, "tag"));
+        if (left != field(fact, "left")) otherAnswers.add(fact, field(fact, "tag"));
     }
 }
 

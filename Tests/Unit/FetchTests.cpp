@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "Optrella/Internal/Fetch.hpp"
+#include "Optrella/Fetch/Search.hpp"
 #include "Support/Death.hpp"
 #include "Support/FakePlatform.hpp"
 
@@ -161,9 +161,25 @@ struct Chameleon {
 
 TEST(FetchOptionalValidParameter, AsksTheElementNotTheWantedOne) {
     const Parameters given{flag, Chameleon()};
-    EXPECT_EQ(Internal::fetchOptionalValidParameter(string, given), &given[1]);
+    EXPECT_EQ(Internal::fetchOptionalValidParameter(ParameterProtocol(string).view(), given),
+              &given[1]);
     EXPECT_TRUE(hasOptional(string, given));
     EXPECT_FALSE(hasOptional(Chameleon(), {string}));
+}
+
+TEST(FetchOptionalValidParameter, AsksNoElementAfterTheFirstEqualOne) {
+    struct Counted {
+        commonDetails common;
+        int* questions;
+        [[nodiscard]] bool isEqualTo(const ParameterProtocol&) const { return ++*questions > 0; }
+    };
+    int first = 0;
+    int second = 0;
+    const Parameters given{Counted{{}, &first}, Counted{{}, &second}};
+    EXPECT_EQ(Internal::fetchOptionalValidParameter(ParameterProtocol(string).view(), given),
+              given.data());
+    EXPECT_EQ(first, 1);
+    EXPECT_EQ(second, 0);
 }
 
 TEST(Fetch, AnEqualElementOfAnotherKindCountsAsNotFound) {

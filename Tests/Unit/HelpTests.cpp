@@ -9,8 +9,8 @@
 #include <ctime>
 #include <string>
 
-#include "Optrella/Internal/Help.hpp"
-#include "Optrella/Internal/Print.hpp"
+#include "Optrella/Help/Listing.hpp"
+#include "Optrella/Text/Print.hpp"
 #include "Support/Capture.hpp"
 #include "Support/Death.hpp"
 
@@ -32,9 +32,9 @@ std::string help(const CommandLinePossibility& possibility) {
 }
 
 std::string formTagHelp(const ParameterProtocol& option, bool optional) {
-    Internal::Lines lines;
-    Internal::formTagHelp(lines, option, optional);
-    return std::string(std::string_view(lines));
+    Internal::StringBuilder text;
+    Internal::formTagHelp(text, option.view(), optional);
+    return std::string(std::string_view(text));
 }
 
 const ParameterNone flag{{"-f", "--file"}, "Description"};
@@ -56,31 +56,32 @@ TEST(FormTagHelp, ShowsEveryTagAsItIs) {
 }
 
 TEST(FormTagHelp, IsAppended) {
-    Internal::Lines lines;
-    Internal::formTagHelp(lines, flag, false);
-    Internal::formTagHelp(lines, flag, true);
-    EXPECT_EQ(std::string_view(lines), "-f|--file[ -f|--file ]");
+    Internal::StringBuilder text;
+    const ParameterProtocol option(flag);
+    Internal::formTagHelp(text, option.view(), false);
+    Internal::formTagHelp(text, option.view(), true);
+    EXPECT_EQ(std::string_view(text), "-f|--file[ -f|--file ]");
 }
 
 TEST(FormTagHelp, TakesTheLastUserPerceivedCharacterAway) {
-    // U+0600 takes the bar behind it into its own character.
+    // U+0600 takes the bar after it into its own character.
     EXPECT_EQ(formTagHelp(ParameterNone{{"-a\u0600"}, ""}, false), "-a");
     EXPECT_EQ(formTagHelp(ParameterNone{{"-a|\u0301"}, ""}, false), "-a|\u0301");
 }
 
-TEST(FormTagHelp, AnOptionalParameterWithoutTagsLosesTheBlank) {
+TEST(FormTagHelp, AnOptionalParameterWithoutTagsLosesTheSpace) {
     EXPECT_EQ(formTagHelp(bareFlag, true), "[ ]");
     EXPECT_EQ(formTagHelp(bareValue, true), "[ <path>  ]");
 }
 
-// Where a character begins may depend on all that stands before it; here on one synopsis alone.
+// Where a character begins may depend on all that comes before it; here only on its own synopsis.
 TEST(FormTagHelp, TakesTimeForItsOwnSynopsisAlone) {
     const ParameterNone accented{{"\u00e9"}, ""};
     const CommandLinePossibility possibility =
         shownCommand(Parameters(20'000, accented), Parameters(20'000, accented), "");
     const std::clock_t begin = std::clock();
     const std::string listing = help(possibility);
-    // A multiple of what it needs on a slow machine, far less than what grows with the square.
+    // Several times what it needs on a slow machine, far less than quadratic work would take.
     EXPECT_LT(std::clock() - begin, 2 * CLOCKS_PER_SEC);
     EXPECT_TRUE(listing.starts_with("\n\u00e9 \u00e9 "));
     EXPECT_TRUE(listing.ends_with(" [ \u00e9 ] [ \u00e9 ] \n   \n\n"));
@@ -88,10 +89,12 @@ TEST(FormTagHelp, TakesTimeForItsOwnSynopsisAlone) {
 
 // ---- Parameter lists ----
 
+const Internal::KeptParameters listed({value, flag}, {});
+
 TEST(DisplayHelpParameters, ListsSynopsesAndDescriptions) {
     Listing listing;
-    displayHelpParameters(listing, {value, flag}, true);
-    EXPECT_EQ(std::string_view(listing.lines), "[ -f|--file <path>  ] [ -f|--file ] ");
+    displayHelpParameters(listing, listed.required(), true);
+    EXPECT_EQ(std::string_view(listing.text), "[ -f|--file <path>  ] [ -f|--file ] ");
     EXPECT_EQ(std::string_view(listing.descriptions),
               "    path  -  Description\n    Description\n");
 }
@@ -99,13 +102,13 @@ TEST(DisplayHelpParameters, ListsSynopsesAndDescriptions) {
 TEST(DisplayHelpParameters, OfAnEmptyListListsNothing) {
     Listing listing;
     displayHelpParameters(listing, {}, false);
-    EXPECT_EQ(std::string_view(listing.lines), "");
+    EXPECT_EQ(std::string_view(listing.text), "");
     EXPECT_EQ(std::string_view(listing.descriptions), "");
 }
 
 TEST(DisplayHelpParameters, PrintsNothing) {
     Listing listing;
-    EXPECT_EQ(printed([&] { displayHelpParameters(listing, {value, flag}, true); }), "");
+    EXPECT_EQ(printed([&] { displayHelpParameters(listing, listed.required(), true); }), "");
 }
 
 // ---- The listing ----
@@ -201,7 +204,7 @@ TEST(DisplayHelp, RequiredSynopsesComeBeforeOptionalOnesInTheOrderOfDeclaration)
               "\n-d -b [ -c ] [ -a ] \n  Do it. \n    D\n    B\n    C\n    A\n\n");
 }
 
-TEST(DisplayHelp, StopsAtARequiredParameterWithoutTagsBehindWhatStandsBeforeIt) {
+TEST(DisplayHelp, StopsAtARequiredParameterWithoutTagsAfterWhatStandsBeforeIt) {
     for (const ParameterProtocol& bare : {ParameterProtocol(bareFlag), {bareValue}}) {
         const CommandLinePossibility broken{false, {flag, bare}, {flag}, "", false, doNothing};
         EXPECT_EXIT(

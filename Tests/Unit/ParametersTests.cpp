@@ -278,7 +278,7 @@ TEST(Tags, FewOrManyMayBeChangedInPlace) {
     EXPECT_EQ(strings(many), (std::vector<std::string>{"a", "b", "last"}));
 }
 
-TEST(Tags, StopSilentlyBehindTheLast) {
+TEST(Tags, StopSilentlyAfterTheLast) {
     const Tags tags{"a"};
     EXPECT_SILENT_STOP(tags[1]);
     EXPECT_SILENT_STOP(Tags().front());
@@ -411,7 +411,7 @@ TEST(ParameterList, MessageShowsTheWordAsItStands) {
 }
 
 TEST(ParameterList, MessageLosesUserPerceivedCharacters) {
-    // U+0600 takes the comma behind it into its own character.
+    // U+0600 takes the comma after it into its own character.
     EXPECT_EQ(sortOrder({"a\u0600"}, "x").validate(),
               "Item x is not a valid option. It must be one of: a");
 }
@@ -421,12 +421,26 @@ TEST(ParameterList, ReturnsTheFirstOfEqualOptions) {
     EXPECT_EQ(sortOrder(options, "a").getValue().common.tagHelp, "first");
 }
 
+TEST(ParameterList, ValidateNamesEveryChoiceHoweverManyThereAre) {
+    std::vector<ParameterNone> options;
+    std::string message = "Item x is not a valid option. It must be one of: ";
+    for (int i = 0; i < 1000; ++i) {
+        options.push_back({{std::to_string(i)}, ""});
+        message += (i > 0 ? ", " : "") + std::to_string(i);
+    }
+    EXPECT_EQ(sortOrder(options, "x").validate(), message);
+}
+
+TEST(ParameterList, TheChosenOptionIsTheDeclaredOneWithoutWhatTheUserTyped) {
+    EXPECT_EQ(sortOrder({"a"}, "a").getValue().common.userValue, "");
+}
+
 TEST(ParameterList, ValidateStopsSilentlyAtAnOptionWithoutTags) {
     const ListOptions options{ParameterNone{{"a"}, ""}, ParameterNone{{}, ""}};
     EXPECT_SILENT_STOP(sortOrder(options, "x").validate());
 }
 
-TEST(ParameterList, ValidateDoesNotReachAnOptionBehindTheChoice) {
+TEST(ParameterList, ValidateDoesNotReachAnOptionAfterTheChoice) {
     const ListOptions options{ParameterNone{{"a"}, ""}, ParameterNone{{}, ""}};
     EXPECT_EQ(sortOrder(options, "a").validate(), std::nullopt);
     EXPECT_EQ(sortOrder(options, "a").getValue().firstTag(), "a");

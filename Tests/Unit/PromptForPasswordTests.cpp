@@ -1,4 +1,4 @@
-#include "Optrella/PromptForPassword.hpp"
+#include "Optrella/Elevation/PromptForPassword.hpp"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -138,7 +138,7 @@ TEST_F(PromptTest, KeepsTheLineAsItWasTyped) {
     EXPECT_EQ(prompted(), (Answer{"  right \t pass ", ""}));
 }
 
-TEST_F(PromptTest, LooksUpTheUserAnewForEveryAttempt) {
+TEST_F(PromptTest, LooksUpTheUserAgainForEveryAttempt) {
     platform().typedLines = {"a", "b", "c"};
     EXPECT_EQ(prompted().password, std::nullopt);
     EXPECT_EQ(platform().userQuestions, 1 + 3);
@@ -210,7 +210,7 @@ TEST(RemoveFirstLine, YieldsWhatFollowsTheFirstLineFeed) {
     EXPECT_EQ(removeFirstLine("a\n\u0301b"), "\u0301b");
 }
 
-TEST(RemoveFirstLine, YieldsNothingWithoutALineFeedOrBehindIt) {
+TEST(RemoveFirstLine, YieldsNothingWithoutALineFeedOrAfterIt) {
     EXPECT_EQ(removeFirstLine(""), std::nullopt);
     EXPECT_EQ(removeFirstLine("a"), std::nullopt);
     EXPECT_EQ(removeFirstLine("\n"), std::nullopt);
@@ -313,7 +313,7 @@ TEST_F(RerunTest, PrintsWhatTheChildWritesWithoutItsFirstLine) {
     EXPECT_EQ(printed([] { rerun(passwordOf("x"), {}); }), "two\n\nthree\n");
 }
 
-TEST_F(RerunTest, BeginsWithTheFirstLineOfEachRunAnew) {
+TEST_F(RerunTest, BeginsAgainWithTheFirstLineOfEachRun) {
     platform().childBlocks = {"p\nq"};
     EXPECT_EQ(printed([] {
                   rerun(passwordOf("x"), {});

@@ -17,7 +17,7 @@
 #include <utility>
 #include <vector>
 
-#include "Optrella/Internal/Text.hpp"
+#include "Optrella/Text/TextBlock.hpp"
 #include "Support/Death.hpp"
 
 namespace {
@@ -52,7 +52,7 @@ const std::pair<Text, Text> canonicalTwins[] = {
     {"\u0344", "\u0308\u0301"},
 };
 
-// Pairs that resemble each other and are two texts.
+// Pairs that look alike but are different texts.
 const std::pair<Text, Text> differentTexts[] = {
     {"a", "A"},
     {"\u00E9", "\u00C9"},
@@ -97,7 +97,7 @@ TEST(TextEquality, HoldsInTheMiddleOfALongerText) {
     }
 }
 
-TEST(TextEquality, CountsCaseBlanksAndEveryOtherDifference) {
+TEST(TextEquality, CountsCaseSpacesAndEveryOtherDifference) {
     for (const auto& [a, b] : differentTexts) {
         EXPECT_FALSE(a == b) << a << " " << b;
         EXPECT_FALSE(b == a) << a << " " << b;
@@ -218,8 +218,8 @@ std::string repeated(std::string_view part, std::size_t bytes) {
     return text;
 }
 
-// Whether both are equal. Fails when that takes 2 s of processor time: a multiple of what it needs
-// on a slow machine, far less than work that grows with the square of the length.
+// Whether both are equal. Fails when that takes 2 s of processor time: several times what it needs
+// on a slow machine, far less than quadratic work would take.
 bool areEqualInGoodTime(const Text& left, const Text& right) {
     const std::clock_t begin = std::clock();
     const bool areEqual = left == right;
@@ -472,7 +472,7 @@ TEST(TextBlock, CopiesEachStringByteForByte) {
     EXPECT_STREQ(copied.texts()[0].c_str(), "gone");
 }
 
-TEST(TextBlock, MayBeEmpty) { EXPECT_TRUE(Internal::TextBlock({}).texts().empty()); }
+TEST(TextBlock, MayBeEmpty) { EXPECT_TRUE(Internal::TextBlock().texts().empty()); }
 
 TEST(TextBlock, IsOutlivedByCopiesOfItsTexts) {
     const char* const strings[] = {"first", "second"};
@@ -488,12 +488,13 @@ TEST(TextBlock, IsOutlivedByCopiesOfItsTexts) {
 }
 
 TEST(TextBlockDeathTest, StopsForANullPointer) {
-    EXPECT_SILENT_STOP(Internal::TextBlock(std::vector<const char*>{"tool", nullptr}));
+    const char* const withNull[] = {"tool", nullptr};
+    EXPECT_SILENT_STOP(Internal::TextBlock(std::span<const char* const>(withNull)));
 }
 
 // ---- Fingerprints ----
 
-unsigned fingerprintOf(const Text& text) { return Internal::AtSight(text).fingerprint(); }
+unsigned fingerprintOf(const Text& text) { return Internal::TextDigest::of(text).fingerprint(); }
 
 TEST(TextFingerprint, IsTheSameHoweverATextWasMade) {
     static constexpr Text literal = "--name";

@@ -18,8 +18,9 @@
 #include <utility>
 #include <vector>
 
-#include "Optrella/Internal/Unicode.hpp"
 #include "Optrella/Text.hpp"
+#include "Optrella/Text/Unicode.hpp"
+#include "Support/Characters.hpp"
 #include "Support/UTF8.hpp"
 
 #ifndef OPTRELLA_UNICODE_DATA
@@ -53,7 +54,7 @@ std::string content(const std::string& file) {
     return text;
 }
 
-// The lines without their comments, and without those that hold nothing else.
+// The lines without their comments, and without the lines that hold only a comment.
 std::vector<std::string> dataLines(const std::string& file) {
     std::vector<std::string> lines;
     std::istringstream stream(content(file));
@@ -81,7 +82,7 @@ CodePoints codePoints(const std::string& field) {
     return all;
 }
 
-// "0044..0046" or "0044": the first one and the one behind the last.
+// "0044..0046" or "0044": the first one and the one after the last.
 std::pair<char32_t, char32_t> range(const std::string& field) {
     const auto first = static_cast<char32_t>(std::stoul(field, nullptr, 16));
     const std::size_t dots = field.find("..");
@@ -108,7 +109,7 @@ Version version(const std::string& text) {
 
 enum class Age : std::uint8_t { unassigned, known, tooNew };
 
-// By code point, seen from the installed Unicode library's version.
+// For each code point, what the installed Unicode library's version knows of it.
 std::vector<Age> ages() {
     const Version installed = version(utf8proc_unicode_version());
     std::vector<Age> all(endOfUnicode, Age::unassigned);
@@ -147,8 +148,8 @@ private:
 // ---- Normalisation ----
 
 // A line of the normalisation data: five ways to write a text. The first three are canonically
-// equivalent, the last two are; all five are where the third and the fifth, which are decomposed,
-// are the same.
+// equivalent, and so are the last two; all five are if the third and the fifth, which are
+// decomposed, are the same.
 struct Normalisation {
     std::string line;
     CodePoints firstText;
@@ -191,7 +192,7 @@ std::vector<CodePoints> characters(const std::string& line) {
             all.back().push_back(static_cast<char32_t>(std::stoul(word, nullptr, 16)));
         }
     }
-    all.pop_back();  // behind the last ÷
+    all.pop_back();  // after the last ÷
     return all;
 }
 
@@ -204,11 +205,11 @@ CodePoints joined(const std::vector<CodePoints>& parts) {
 // A text and how many characters it has.
 using Counted = std::pair<std::string, std::size_t>;
 
-// All that is left while one character after the other is cut off the end.
+// What is left each time when one character after another is cut off the end.
 std::vector<Counted> cutDown(std::string text) {
     std::vector<Counted> left;
     while (!text.empty()) {
-        left.emplace_back(text, Internal::countCharacters(text));
+        left.emplace_back(text, Tests::countCharacters(text));
         text.resize(text.size() - Internal::sizeOfLastCharacters(text, 1));
     }
     return left;
@@ -279,6 +280,6 @@ TEST(UnicodeCharacters, AreOneForEachEmojiThatTheConsortiumLists) {
     for (const std::string& line : dataLines("emoji/emoji-test.txt")) {
         const CodePoints emoji = codePoints(line.substr(0, line.find(';')));
         if (tooNew.has(emoji)) continue;
-        EXPECT_EQ(Internal::countCharacters(utf8(emoji)), 1U) << line;
+        EXPECT_EQ(Tests::countCharacters(utf8(emoji)), 1U) << line;
     }
 }

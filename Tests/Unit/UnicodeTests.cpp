@@ -1,4 +1,4 @@
-#include "Optrella/Internal/Unicode.hpp"
+#include "Optrella/Text/Unicode.hpp"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -8,11 +8,15 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
+#include "Optrella/Text.hpp"
+#include "Support/Characters.hpp"
 #include "Support/UTF8.hpp"
 
 using namespace Optrella::Internal;
+using Tests::countCharacters;
 using Tests::utf8;
 
 namespace {
@@ -36,7 +40,7 @@ const std::string family = "\U0001F468\u200D\U0001F469\u200D\U0001F467";
 const std::string germany = "\U0001F1E9\U0001F1EA";
 const std::string france = "\U0001F1EB\U0001F1F7";
 
-// Sequences that begin as UTF-8 does and are none.
+// Sequences that begin like UTF-8 but are not UTF-8.
 const std::string_view brokenSequences[] = {
     "\x80",
     "\xBF",
@@ -264,7 +268,7 @@ TEST(DroppedCharacters, KeepTheBytesBeforeThem) {
 
 namespace {
 
-// Texts out of all that makes characters long, short or broken.
+// Texts made of everything that makes characters long, short or broken.
 rc::Gen<std::string> anyBytes() {
     using namespace std::string_literals;
     static const std::vector parts = {
@@ -283,11 +287,17 @@ rc::Gen<std::string> anyBytes() {
 
 }  // namespace
 
-RC_GTEST_PROP(DroppedCharacters, LowerTheCountByOneAndLeaveTheBeginning, ()) {
+RC_GTEST_PROP(DroppedCharacters, AreOneByteAtLeastAndLeaveTheBeginning, ()) {
     const std::string text = *rc::gen::nonEmpty(anyBytes());
     const std::string left = withoutLast(1, text);
     RC_ASSERT(text.starts_with(left));
-    RC_ASSERT(countCharacters(left) + 1 == countCharacters(text));
+    RC_ASSERT(left.size() < text.size());
+}
+
+RC_GTEST_PROP(DroppedCharacters, AreTheSameAfterAnyOtherLine, ()) {
+    const std::string text = *rc::gen::nonEmpty(anyBytes());
+    const std::string line = *anyBytes() + "\n";
+    RC_ASSERT(withoutLast(1, line + text) == line + withoutLast(1, text));
 }
 
 RC_GTEST_PROP(DroppedCharacters, AreOneCharacterThemselves, ()) {
@@ -361,6 +371,51 @@ TEST(CanonicalComparer, ComparesEachTextThoughOneBeginsAnother) {
     EXPECT_TRUE(comparer.areEqual(text, "\u1EB9\u0301"));
     EXPECT_FALSE(comparer.areEqual(beginning, "\u1EB9\u0301"));
     EXPECT_TRUE(comparer.areEqual(beginning, "\u00E9"));
+}
+
+TEST(CanonicalEquality, HoldsForThreeCharactersAloneWithASCII) {
+    std::unordered_set<Optrella::Text> ascii;
+    for (char32_t c = 0; c < 0x80; ++c) ascii.insert(utf8(c));
+    for (char32_t c = 0x80; c < endOfUnicode; ++c) {
+        if (isSurrogate(c)) continue;
+        EXPECT_EQ(mayBeEquivalentToASCII(utf8(c)), ascii.contains(utf8(c))) << std::uint32_t{c};
+    }
+    EXPECT_TRUE(mayBeEquivalentToASCII("\u00E9\u212A-"));
+    EXPECT_TRUE(mayBeEquivalentToASCII("-k"));
+    EXPECT_FALSE(mayBeEquivalentToASCII("-\u00E9"));
+}
+
+TEST(CanonicalEquality, OfTextsThatDifferInTheirMarksLooksAtAllOfThem) {
+    const std::string marks = "\u0301\u0323\u0301\u0327";
+    EXPECT_TRUE(isCanonicallyEqual("x" + marks, "x\u0327\u0323\u0301\u0301"));
+    EXPECT_FALSE(isCanonicallyEqual("x" + marks, "x\u0327\u0323\u0301"));
+    EXPECT_FALSE(isCanonicallyEqual("x" + marks + "y", "x\u0327\u0323\u0301\u0301z"));
+    EXPECT_TRUE(isCanonicallyEqual(marks, "\u0327\u0323\u0301\u0301"));
+}
+
+// A character that is decomposed into marks, after a mark of a class that comes later.
+TEST(CanonicalEquality, OrdersTheMarksOfEveryDecomposition) {
+    for (std::uint32_t c = 0x80; c < endOfUnicode; ++c) {
+        if (isSurrogate(c)) continue;
+        CanonicalReader reader;
+        const std::string character = utf8(c);
+        reader = character;
+        std::string decomposed;
+        for (auto next = reader.next(); next != CanonicalReader::end; next = reader.next()) {
+            decomposed += utf8(static_cast<char32_t>(next));
+        }
+        for (const std::string_view mark : {"\u0327", "\u0301", "\u0345"}) {
+            const std::string before = "x" + std::string(mark);
+            EXPECT_TRUE(isCanonicallyEqual(before + character, before + decomposed)) << c;
+            EXPECT_TRUE(isCanonicallyEqual(before + decomposed, before + character)) << c;
+        }
+    }
+}
+
+TEST(CanonicalEquality, FailsWhereTheCommonBeginningIsNotUTF8) {
+    EXPECT_FALSE(isCanonicallyEqual("\xFF-\u00E9", "\xFF-e\u0301"));
+    EXPECT_FALSE(isCanonicallyEqual("-\u00E9-\xFF", "-e\u0301-\xFF"));
+    EXPECT_TRUE(isCanonicallyEqual("-\u00E9-\u00E8", "-e\u0301-\u00E8"));
 }
 
 RC_GTEST_PROP(CanonicalEquality, HoldsBothWaysAndForTheHash, ()) {

@@ -15,7 +15,7 @@
 #include <unordered_set>
 
 #include "Optrella/Parameters.hpp"
-#include "Support/TemporaryFolder.hpp"
+#include "Support/TemporaryDirectory.hpp"
 
 namespace {
 
@@ -29,13 +29,13 @@ constexpr char exampleText[] = "8F14E45F-CEEA-467F-A0E6-9D3F1C2B7A55";
 std::string urlOf(const Text& path) { return FileURL::fromPath(path).text().str(); }
 std::string pathOf(const Text& path) { return FileURL::fromPath(path).path().str(); }
 
-// An empty folder of its own that is the current one during the test.
+// An empty directory of its own that is the current one during the test.
 class FileURLTest : public testing::Test {
 private:
-    Tests::TemporaryFolder folder_;
+    Tests::TemporaryDirectory directory_;
 
 protected:
-    const std::string here = folder_.path();
+    const std::string here = directory_.path();
 };
 
 // ---- What a path parameter finds ----
@@ -47,16 +47,16 @@ std::optional<Text> existing(const Text& path) {
     return parameter.validate();
 }
 
-TEST_F(FileURLTest, AnExistingFolderPassesForAFileParameter) {
-    fs::create_directory("folder");
-    EXPECT_EQ(existing("folder"), std::nullopt);
+TEST_F(FileURLTest, AnExistingDirectoryPassesForAFileParameter) {
+    fs::create_directory("directory");
+    EXPECT_EQ(existing("directory"), std::nullopt);
     EXPECT_EQ(existing(here), std::nullopt);
 }
 
 TEST_F(FileURLTest, ARelativePathIsTestedAgainstTheCurrentDirectory) {
-    fs::create_directories("folder/inner");
+    fs::create_directories("directory/inner");
     EXPECT_EQ(existing("inner"), "inner does not exist");
-    fs::current_path("folder");
+    fs::current_path("directory");
     EXPECT_EQ(existing("inner"), std::nullopt);
 }
 
@@ -177,12 +177,12 @@ TEST_F(FileURLTest, EncodesAPercentSignSoThatNothingIsDecodedTwice) {
     EXPECT_EQ(urlOf("/a%2Fb"), "file:///a%252Fb");
 }
 
-TEST_F(FileURLTest, EncodesANULAndAllBehindIt) {
+TEST_F(FileURLTest, EncodesANULAndAllAfterIt) {
     EXPECT_EQ(urlOf(std::string("/a\0b", 4)), "file:///a%00b");
     EXPECT_EQ(urlOf(std::string("a\0/..", 5)), "file://" + here + "/");
 }
 
-TEST_F(FileURLTest, TakesNoFolderForAPathThatHoldsANUL) {
+TEST_F(FileURLTest, TakesNoDirectoryForAPathThatHoldsANUL) {
     EXPECT_EQ(urlOf(std::string("/tmp\0x", 6)), "file:///tmp%00x");
     EXPECT_EQ(urlOf(std::string("/tmp\0", 5)), "file:///tmp%00");
 }
@@ -216,7 +216,7 @@ TEST_F(FileURLTest, GoesNoHigherThanTheRoot) {
     EXPECT_EQ(urlOf("../../../../../../../../.."), "file:///");
 }
 
-TEST_F(FileURLTest, OfTheEmptyPathIsTheCurrentFolder) {
+TEST_F(FileURLTest, OfTheEmptyPathIsTheCurrentDirectory) {
     EXPECT_EQ(urlOf(""), "file://" + here + "/");
     EXPECT_EQ(pathOf(""), here);
 }
@@ -227,7 +227,7 @@ TEST_F(FileURLTest, OfTheRootIsTheRoot) {
     EXPECT_EQ(pathOf("/"), "/");
 }
 
-TEST_F(FileURLTest, CountsFromTheRootWhenThatIsTheCurrentFolder) {
+TEST_F(FileURLTest, CountsFromTheRootWhenThatIsTheCurrentDirectory) {
     fs::current_path("/");
     EXPECT_EQ(urlOf("missing"), "file:///missing");
     EXPECT_EQ(pathOf("missing"), "/missing");
@@ -237,14 +237,14 @@ TEST_F(FileURLTest, CountsFromTheRootWhenThatIsTheCurrentFolder) {
     EXPECT_EQ(pathOf(".."), "/..");
 }
 
-TEST_F(FileURLTest, EncodesTheCurrentFolderToo) {
+TEST_F(FileURLTest, EncodesTheCurrentDirectoryToo) {
     fs::create_directory("a b%\u00E9");
     fs::current_path("a b%\u00E9");
     EXPECT_EQ(urlOf("c d"), "file://" + here + "/a%20b%25%C3%A9/c%20d");
     EXPECT_EQ(pathOf("c d"), here + "/a b%\u00E9/c d");
 }
 
-TEST_F(FileURLTest, CountsFromACurrentFolderWithALongName) {
+TEST_F(FileURLTest, CountsFromACurrentDirectoryWithALongName) {
     std::string longName = here;
     for (int i = 0; i < 5; ++i) {
         const std::string name(200, static_cast<char>('a' + i));
@@ -256,13 +256,13 @@ TEST_F(FileURLTest, CountsFromACurrentFolderWithALongName) {
     EXPECT_EQ(pathOf("x"), longName + "/x");
 }
 
-TEST_F(FileURLTest, EndsInASlashForAFolderThatExists) {
-    EXPECT_EQ(urlOf("folder"), "file://" + here + "/folder");
-    EXPECT_EQ(urlOf(here + "/folder"), "file://" + here + "/folder");
-    fs::create_directory("folder");
-    EXPECT_EQ(urlOf("folder"), "file://" + here + "/folder/");
-    EXPECT_EQ(urlOf("folder/"), "file://" + here + "/folder/");
-    EXPECT_EQ(urlOf(here + "/folder"), "file://" + here + "/folder/");
+TEST_F(FileURLTest, EndsInASlashForADirectoryThatExists) {
+    EXPECT_EQ(urlOf("directory"), "file://" + here + "/directory");
+    EXPECT_EQ(urlOf(here + "/directory"), "file://" + here + "/directory");
+    fs::create_directory("directory");
+    EXPECT_EQ(urlOf("directory"), "file://" + here + "/directory/");
+    EXPECT_EQ(urlOf("directory/"), "file://" + here + "/directory/");
+    EXPECT_EQ(urlOf(here + "/directory"), "file://" + here + "/directory/");
 }
 
 TEST_F(FileURLTest, EndsInNoSlashForAFile) {
@@ -271,9 +271,9 @@ TEST_F(FileURLTest, EndsInNoSlashForAFile) {
     EXPECT_EQ(urlOf(here + "/file"), "file://" + here + "/file");
 }
 
-TEST_F(FileURLTest, EndsInNoSlashForALinkToAFolder) {
-    fs::create_directory("folder");
-    fs::create_symlink("folder", "link");
+TEST_F(FileURLTest, EndsInNoSlashForALinkToADirectory) {
+    fs::create_directory("directory");
+    fs::create_symlink("directory", "link");
     EXPECT_EQ(urlOf("link"), "file://" + here + "/link");
     EXPECT_EQ(urlOf(here + "/link"), "file://" + here + "/link");
     EXPECT_EQ(urlOf("link/"), "file://" + here + "/link/");
@@ -297,16 +297,16 @@ TEST_F(FileURLTest, KeepsAnAbsolutePathUntouched) {
     EXPECT_EQ(pathOf(std::string("/a\0b", 4)), std::string("/a\0b", 4));
 }
 
-TEST_F(FileURLTest, PutsARelativePathBehindTheCurrentFolderAndTouchesNothingElse) {
+TEST_F(FileURLTest, PutsARelativePathAfterTheCurrentDirectoryAndTouchesNothingElse) {
     for (const char* path : {"a", "a/", "./a", "a/../b", "..", "a//b", "\xFF\u00E9 %20"}) {
         EXPECT_EQ(pathOf(path), here + "/" + path);
     }
 }
 
-TEST_F(FileURLTest, NamesTheFileBehindALinkThatThePathLeavesAgain) {
-    fs::create_directories("folder/inner");
-    fs::create_symlink("folder/inner", "link");
-    std::ofstream("folder/file").flush();
+TEST_F(FileURLTest, NamesTheFileThroughALinkThatThePathLeavesAgain) {
+    fs::create_directories("directory/inner");
+    fs::create_symlink("directory/inner", "link");
+    std::ofstream("directory/file").flush();
     const FileURL url = FileURL::fromPath("link/../file");
     EXPECT_TRUE(fs::exists(url.path().str()));
     EXPECT_EQ(url.path().str(), here + "/link/../file");
@@ -320,14 +320,14 @@ TEST_F(FileURLTest, OpensAFileWhoseNameIsNotUTF8) {
     EXPECT_EQ(url.text().str(), "file://" + here + "/%FF%C3");
 }
 
-TEST_F(FileURLTest, StaysTheSameWhenTheCurrentFolderChanges) {
+TEST_F(FileURLTest, StaysTheSameWhenTheCurrentDirectoryChanges) {
     const FileURL url = FileURL::fromPath("x");
     fs::current_path("/");
     EXPECT_EQ(url.path().str(), here + "/x");
     EXPECT_EQ(url.text().str(), "file://" + here + "/x");
 }
 
-TEST_F(FileURLTest, LeavesAPathRelativeWhenThereIsNoCurrentFolderAnyMore) {
+TEST_F(FileURLTest, LeavesAPathRelativeWhenThereIsNoCurrentDirectoryAnyMore) {
     fs::create_directory("removed");
     fs::current_path("removed");
     fs::remove("../removed");

@@ -24,8 +24,8 @@ class OptrellaTest(ConanFile):
     def test(self):
         if not can_run(self):
             return
-        folder = pathlib.Path(self.build_folder)
-        said = folder / "said"
-        self.run(f'"{folder / "greet"}" greet --name Ann >"{said}"', env="conanrun")
+        directory = pathlib.Path(self.build_folder)
+        said = directory / "said"
+        self.run(f'"{directory / "greet"}" greet --name Ann >"{said}"', env="conanrun")
         if said.read_text() != "Hello, Ann!\n":
             raise ConanException(f"greet said {said.read_text()!r}")

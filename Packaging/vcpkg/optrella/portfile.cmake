@@ -1,6 +1,6 @@
-# Builds the sources that this port lies in:
+# Builds the sources that this port is part of:
 #   vcpkg install optrella --overlay-ports=Packaging/vcpkg
-# The port has been checked for its syntax only: it has never been built by vcpkg.
+# Only the syntax of the port has been checked: vcpkg has never built it.
 get_filename_component(SOURCE_PATH "${CURRENT_PORT_DIR}/../../.." ABSOLUTE)
 
 vcpkg_cmake_configure(

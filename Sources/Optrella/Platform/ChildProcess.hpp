@@ -18,7 +18,7 @@ struct BlockHandler {
     void* context;
 };
 
-// Starts `program`, a path that is not searched for, with these arguments behind its name. The
+// Starts `program`, a path that is not searched for, with these arguments after its name. The
 // child inherits the environment, the working directory and the process group; signals that are
 // ignored stay so, all others are at their defaults, and none is blocked. Writes `input` to its
 // standard input in one write, wipes it, and closes that pipe. Standard output and standard error

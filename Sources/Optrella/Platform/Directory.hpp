@@ -1,4 +1,4 @@
-// Directory.hpp - who the user is, which groups the user belongs to, and the user's password.
+// Directory.hpp - who the user is, and which groups the user belongs to.
 //
 // Every failure reads as "no": nothing is printed, nothing is reported.
 
@@ -9,22 +9,17 @@
 #include <optional>
 #include <string>
 
-#include "Optrella/Platform/Password.hpp"
-
 namespace Optrella::Platform {
 
-// The name of the logged-in user: the one of the process's user id, whatever the environment says.
-// Under sudo that is the user whose rights the process has. Where the real and the effective id
-// differ, the real one counts on Linux; on macOS the effective one does, unless it is root's.
+// Returns the name of the logged-in user: the one of the process's user id, whatever the
+// environment says. Under sudo that is the user whose rights the process has. Where the real and
+// the effective id differ, the real one counts on Linux; on macOS the effective one does, unless it
+// is root's.
 [[nodiscard]] std::optional<std::string> loggedInUser();
 
-// Whether the user exists, the group exists, and the one is a member of the other; as the user
-// database says now, which may differ from the groups that the process was given at log-in.
+// Returns whether the user exists, the group exists, and the one is a member of the other; as the
+// user database says now, which may differ from the groups that the process was given at log-in.
 [[nodiscard]] bool isMember(const std::string& user, std::uint32_t group);
-
-// Whether the directory accepts the password for that user; every failure reads as no, silently,
-// at once.
-[[nodiscard]] bool verifyPassword(const std::string& user, const Password& password);
 
 }  // namespace Optrella::Platform
 

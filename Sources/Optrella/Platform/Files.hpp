@@ -8,14 +8,15 @@
 
 namespace Optrella::Platform {
 
-// Whether the path leads to anything, a file or a folder; links are followed. One question to the
-// file system.
+// Returns whether the path leads to anything, a file or a directory; links are followed. Asks the
+// file system once.
 [[nodiscard]] bool fileExists(const char* path) noexcept;
 
-// Whether the path itself is a folder; a link to one is not.
-[[nodiscard]] bool isFolder(const char* path) noexcept;
+// Returns whether the path itself is a directory; a link to one is not.
+[[nodiscard]] bool isDirectory(const char* path) noexcept;
 
-// Absolute, without a "/" at its end unless it is the root; nothing when there is none any more.
+// Returns the current directory: absolute, without a "/" at its end unless it is the root; nothing
+// when there is none any more.
 [[nodiscard]] std::optional<std::string> currentDirectory();
 
 }  // namespace Optrella::Platform

@@ -18,7 +18,7 @@ public:
     // Room for a terminal's longest line, even when every byte of it is replaced by three.
     static constexpr std::size_t capacity = std::size_t{4} * 4096;
 
-    // Empty.
+    // Makes an empty one.
     Password() noexcept;
     Password(Password&& other) noexcept;
     Password& operator=(Password&& other) noexcept;
@@ -26,9 +26,9 @@ public:
     Password& operator=(const Password&) = delete;
     ~Password();
 
-    // False, and nothing appended, when there is no room or no memory for it.
+    // Returns false, and appends nothing, when there is no room or no memory for it.
     [[nodiscard]] bool append(std::string_view bytes) noexcept;
-    // The memory behind the bytes, none when there is no room or no memory. What has been written
+    // Returns the memory after the bytes, none when there is no room or no memory. What is written
     // to its beginning becomes part of the password by extend(); so nothing is left anywhere else.
     [[nodiscard]] std::span<char> room() noexcept;
     // REQUIRES: room() has been called and has that size at least.
@@ -37,7 +37,7 @@ public:
     void wipe() noexcept;
 
     [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
-    // Valid until the password is changed, moved or destroyed. REQUIRES: nobody copies it.
+    // Views the password until it is changed, moved or destroyed. REQUIRES: nobody copies it.
     [[nodiscard]] std::string_view bytes() const noexcept { return {memory_, size_}; }
 
 private:
@@ -45,8 +45,8 @@ private:
     std::size_t size_ = 0;
 };
 
-// For what has to pass through other memory on its way: overwrites it with zeros, which the
-// compiler never leaves out.
+// Overwrites memory with zeros, which the compiler never leaves out: for what has to pass through
+// other memory on its way.
 void overwrite(void* memory, std::size_t size) noexcept;
 
 // Keeps whole pages out of core dumps, where the system can do that.

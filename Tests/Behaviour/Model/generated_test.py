@@ -13,6 +13,7 @@ import collections
 import json
 import os
 import random
+import subprocess
 import sys
 
 import comparing
@@ -20,6 +21,7 @@ import generator
 import rules
 import shrinking
 import texts
+from kinds import KINDS
 
 BLOCK = 1000
 REPORTED_AT_MOST = 5
@@ -27,6 +29,9 @@ REPORTED_AT_MOST = 5
 
 def main():
     options = options_of(sys.argv[1:])
+    if missing := kinds_without_model(options.runner):
+        print(f"FAILED: kinds.py has no model of {', '.join(missing)}")
+        return 1
     print(f"seed {options.seed}, {options.count} cases", flush=True)
     with generator.Playground() as playground:
         test = Test([options.runner], playground.here)
@@ -50,6 +55,12 @@ def options_of(arguments):
     options.seed = random.SystemRandom().randrange(2**32) if options.seed == "random" else int(
         options.seed)
     return options
+
+
+def kinds_without_model(runner):
+    named = subprocess.run([runner, "--kinds"], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                           check=True, text=True).stdout
+    return [kind for kind in named.split() if kind not in KINDS]
 
 
 class Test:

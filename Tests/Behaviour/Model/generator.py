@@ -4,7 +4,7 @@ Texts come from small pools, so that tags collide, values fit and spellings meet
 twins often. What a case must not hold, because more than one answer is right, is said in
 `is_undecided`.
 
-A path may begin with `{here}`, the folder that `Playground` makes; `placed` puts its name there.
+A path may begin with `{here}`, the directory that `Playground` makes; `placed` puts its name there.
 """
 
 import contextlib
@@ -15,8 +15,10 @@ import shutil
 import tempfile
 import unicodedata
 
+import kinds
 import rules
 import texts
+from kinds import KINDS, FileURL
 
 # Each group: spellings of one and the same text.
 TWINS = (
@@ -78,15 +80,6 @@ WORDS = (
 )
 TAGS = ("-a", "-b", "-c", "-f", "-v", "--file", "--name", "list", "add", "remove", "-n", "--sort")
 
-NUMBERS = (
-    "0", "1", "-1", "7", "42", "500", "9223372036854775807", "9223372036854775808",
-    "-9223372036854775808", "-9223372036854775809", "18446744073709551615", "18446744073709551616",
-    "99999999999999999999", "9223372036854775799", "9223372036854775810", "-9223372036854775810",
-)
-NUMBER_SPOILERS = (
-    " ", "\t", "\n", "\0", "+", "-", ".", ",", "_", "e3", "0x", "\uff14", "\u0663", "\u2212",
-    "\u0301", "\u00b2", "x",
-)
 RELATIVE_PATHS = (
     "", ".", "..", "./", "../", "...", "file", "file/", "./file", "a b", "dir", "dir/", "dir//",
     "dir/.", "dir/..", "dir/./", "dir//sub", "dir/sub/", "dir/sub/../..", "dir/sub/../../file",
@@ -101,27 +94,23 @@ ABSOLUTE_PATHS = (
     "{here}/dir/..", "{here}/link-dir", "{here}/missing/", "{here}/caf\u00e9", "{here}/dangling",
 )
 
-KINDS = ("ParameterNone", "ParameterString", "ParameterUUID", "ParameterNumber", "ParameterList",
-         "ParameterFileURL")
-PATH_TYPES = ("file", "folder", "fileOrFolder")
-STATES = ("exist", "absent", "vague")
 RAW_VALUES = {
     "parsingError": ("Parse successful", "Missing Parameter", "Unknown command line",
                      "No command line specified", "NoError", "MissingParameter"),
-    "urlType": PATH_TYPES,
-    "existState": STATES,
+    "urlType": FileURL.TYPES,
+    "existState": FileURL.STATES,
 }
 
 
 class Playground:
-    """A folder of files, folders, links and odd names; the current directory while it lasts."""
+    """A directory of files, directories, links and odd names; the current directory while it lasts."""
 
     def __enter__(self):
         self.before = os.getcwd()
         self.here = os.path.realpath(tempfile.mkdtemp(prefix="optrella"))
         os.chdir(self.here)
-        for folder in ("dir", "dir/sub", "locked"):
-            os.mkdir(folder)
+        for directory in ("dir", "dir/sub", "locked"):
+            os.mkdir(directory)
         for name in (b"file", b"a b", b"dir/inside", b"locked/inside", b"caf\xc3\xa9", b"-f", b"~",
                      b"two\nlines", b"x" * 255, b"bad\xffname"):
             make_file(name)
@@ -162,7 +151,7 @@ def parameters_in(value):
 
 def is_undecided(case):
     """Whether a path of the (placed) case has no one right answer: no path holds a NUL, and a
-    path may name a folder only before, or only after, its dot segments are taken out."""
+    path may name a directory only before, or only after, its dot segments are taken out."""
     paths = [parameter["userValue"] for parameter in parameters_in(case)
              if parameter["kind"] == "ParameterFileURL" and "userValue" in parameter]
     if any(parameter["kind"] == "ParameterFileURL" for parameter in parameters_in(case)):
@@ -176,8 +165,8 @@ def is_undecided_path(path):
     if path.startswith("/") or "." not in path:
         return False
     typed = texts.to_bytes(path)
-    cleaned = rules.without_dot_segments(os.getcwdb() + b"/" + typed)
-    return rules.is_folder(typed) != rules.is_folder(cleaned)
+    cleaned = kinds.without_dot_segments(os.getcwdb() + b"/" + typed)
+    return kinds.is_directory(typed) != kinds.is_directory(cleaned)
 
 
 # --- drawing ---
@@ -293,31 +282,6 @@ class Generator:
 
     # values
 
-    def number(self):
-        value = self.pick(*NUMBERS) if self.chance(0.6) else str(
-            self.random.randint(-2**self.pick(8, 63, 64, 70), 2**self.pick(8, 63, 64, 70)))
-        if self.chance(0.25):
-            value = value.lstrip("-").zfill(self.random.randint(2, 40))
-        if self.chance(0.2):
-            value = self.pick("+", "-") + value
-        if self.chance(0.25):
-            at = self.pick(0, len(value), self.random.randint(0, len(value)))
-            value = value[:at] + self.pick(*NUMBER_SPOILERS) + value[at:]
-        return self.pick("", "+", "-", "word") if self.chance(0.05) else value
-
-    def uuid(self):
-        digits = "".join(self.pick(*"0123456789abcdefABCDEF") for _ in range(32))
-        value = "-".join((digits[:8], digits[8:12], digits[12:16], digits[16:20], digits[20:]))
-        if self.chance(0.5):
-            return value
-        at = self.random.randint(0, 35)
-        return self.pick(
-            digits, "{" + value + "}", value[:-1], value + "0", value + "\0", " " + value,
-            value + "\n", value.replace("-", "_"), value[:at] + value[at + 1:],
-            value[:at] + "g" + value[at + 1:], value[:at] + "\uff11" + value[at + 1:],
-            value[:at] + "-" + value[at + 1:], value[:at] + "\u0301" + value[at:], "",
-            "00000000-0000-0000-0000-000000000000", "urn:uuid:" + value)
-
     def path(self):
         kind = self.random.random()
         if kind < 0.50:
@@ -339,47 +303,16 @@ class Generator:
         return texts.to_json(texts.from_json(self.text()).replace("\0", ""))
 
     def value_for(self, parameter):
-        kind = parameter["kind"]
-        if kind == "ParameterNumber":
-            return self.number()
-        if kind == "ParameterUUID":
-            return self.uuid()
-        if kind == "ParameterFileURL":
-            return self.path_for(parameter)
-        if kind == "ParameterList":
-            return self.choice_of(parameter)
-        return self.pick(self.text(), self.tag())
-
-    def path_for(self, parameter):
-        """Mostly a path that passes."""
-        if self.chance(0.5):
-            return self.path()
-        if parameter["state"] == "absent":
-            return self.pick("missing", "dangling", "{here}/missing/", "file/")
-        return self.pick("file", "dir", "link-dir", "caf\u00e9", "{here}/dir", ".", "a b")
-
-    def choice_of(self, parameter):
-        """Mostly a first tag; now and then a later one, which is no choice."""
-        choices = [option["tags"] for option in parameter["validOptions"] if option["tags"]]
-        if not choices or self.chance(0.15):
-            return self.text()
-        chosen = self.pick(*choices)
-        return self.respelled(chosen[0] if self.chance(0.9) else chosen[-1])
+        return KINDS[parameter["kind"]].draw_value(self, parameter)
 
     # parameters
 
     def parameter(self, *kinds):
         kind = self.pick(*(kinds or KINDS))
         parameter = {"kind": kind, "tags": self.tags(), "tagHelp": self.prose()}
-        if kind != "ParameterNone":
+        if KINDS[kind].has_parameter:
             parameter["parameterName"] = self.pick("path", "count", "", self.text())
-        if kind == "ParameterNumber":
-            parameter |= {"min": self.pick(1, -2**63, 9), "max": self.pick(9, 2**63 - 1, 0)}
-        if kind == "ParameterFileURL":
-            parameter |= {"type": self.pick(*PATH_TYPES), "state": self.pick(*STATES)}
-        if kind == "ParameterList":
-            parameter["validOptions"] = self.some(0, 4, self.option)
-        return parameter
+        return parameter | KINDS[kind].draw_fields(self)
 
     def option(self):
         """An option may have no tag at all, which stops the process that reaches it."""
@@ -394,7 +327,7 @@ class Generator:
         return parameter
 
     def respelled_parameter(self, parameter):
-        """The same parameter, every text of it spelled anew."""
+        """The same parameter, every text of it in another spelling."""
         twin = json.loads(json.dumps(parameter))
         twin["tags"] = list(map(self.respelled, twin["tags"]))
         for key in ("tagHelp", "parameterName", "userValue"):
@@ -420,7 +353,7 @@ class Generator:
         kept = {key: parameter[key] for key in ("tags", "tagHelp", "parameterName", "userValue")
                 if key in parameter}
         other = self.parameter()
-        if other["kind"] == "ParameterNone":
+        if not KINDS[other["kind"]].has_parameter:
             kept.pop("parameterName", None)
         return other | kept
 
@@ -485,7 +418,7 @@ class Generator:
         if not parameter["tags"]:
             return []
         tag = self.respelled(self.pick(*parameter["tags"]))
-        return [tag] if parameter["kind"] == "ParameterNone" else [tag, self.value_for(parameter)]
+        return [tag, self.value_for(parameter)] if KINDS[parameter["kind"]].has_parameter else [tag]
 
     def damaged(self, line):
         damage = self.pick("end", "drop", "add", "miss", "escape", "swap", "none")
@@ -524,9 +457,8 @@ class Generator:
                                                    "ParameterFileURL", "ParameterFileURL")}
 
     def case_of_getValue(self):
-        return {"parameter": self.filled_parameter("ParameterNumber", "ParameterNumber",
-                                                   "ParameterList", "ParameterFileURL",
-                                                   "ParameterFileURL")}
+        valued = [kind for kind in KINDS if KINDS[kind].has_value]
+        return {"parameter": self.filled_parameter(*valued, "ParameterNumber", "ParameterFileURL")}
 
     def case_of_firstTag(self):
         parameter = self.filled_parameter()

@@ -14,6 +14,7 @@ import unittest
 import comparing
 import generated_test
 import generator
+import kinds
 import planted
 import rules
 import shrinking
@@ -57,13 +58,13 @@ class FactTest(unittest.TestCase):
 
     def test_integer(self):
         def value(fact):
-            integer = rules.number_value(number(fact["text"]))
+            integer = kinds.number_value(fact["text"])
             return None if integer == -1 and fact["value"] is None else integer
         self.check("value-facts.jsonl", "integer", "value", value)
 
     def test_uuid(self):
-        self.check("value-facts.jsonl", "uuid", "value", lambda fact: rules.uuid_value(
-            fact["text"]) if rules.is_uuid(fact["text"]) else None)
+        self.check("value-facts.jsonl", "uuid", "value", lambda fact: kinds.uuid_value(
+            fact["text"]) if kinds.is_uuid(fact["text"]) else None)
 
     def test_rendered(self):
         self.check("value-facts.jsonl", "rendered", "text",
@@ -78,7 +79,7 @@ class FactTest(unittest.TestCase):
                    lambda fact: rules.remove_first_line(fact["text"]))
 
     def test_file_url(self):
-        with small_folder() as here:
+        with small_directory() as here:
             def placed(text):
                 return text.replace("{here}", here).replace("{parent}", os.path.dirname(here))
             known = facts("value-facts.jsonl", "fileURL")
@@ -86,22 +87,22 @@ class FactTest(unittest.TestCase):
             for fact in known:
                 with self.subTest(fact):
                     path = placed(fact["path"])
-                    self.assertEqual(rules.file_url(path), placed(fact["url"]))
-                    self.assertEqual(rules.path_exists(path), fact["exists"])
+                    self.assertEqual(kinds.file_url(path), placed(fact["url"]))
+                    self.assertEqual(kinds.path_exists(path), fact["exists"])
 
 
 @contextlib.contextmanager
-def small_folder():
+def small_directory():
     before = os.getcwd()
-    with tempfile.TemporaryDirectory(prefix="optrella") as folder:
-        os.chdir(folder)
+    with tempfile.TemporaryDirectory(prefix="optrella") as directory:
+        os.chdir(directory)
         try:
             os.makedirs("dir/sub")
             for name in ("file", "a b"):
                 pathlib.Path(name).touch()
             os.symlink("dir", "link-dir")
             os.symlink("nowhere", "dangling")
-            yield os.path.realpath(folder)
+            yield os.path.realpath(directory)
         finally:
             os.chdir(before)
 
@@ -118,10 +119,6 @@ def valued(kind, *tags, name="n", help="", **more):
 
 def choice(*tags, options=(), **more):
     return valued("ParameterList", *tags, validOptions=[flag(option) for option in options], **more)
-
-
-def number(text):
-    return rules.parameter_of(valued("ParameterNumber", "-n", min=1, max=10, userValue=text))
 
 
 def declared(required=(), optional=(), help="", root=False, hidden=False):
@@ -141,7 +138,7 @@ TEXT_A = valued("ParameterString", "-a")
 
 
 class MatchingTest(unittest.TestCase):
-    def test_nothing_behind_the_program_name_is_no_command_line(self):
+    def test_nothing_after_the_program_name_is_no_command_line(self):
         self.assertEqual(parsed([declared()]), {
             "result": "No command line specified", "ran": None, "worker": False, "parameters": [],
             "fetched": [], "stdout": "", "stderr": "", "stopped": False})
@@ -234,7 +231,7 @@ class HelpTest(unittest.TestCase):
     def test_no_commands_give_an_empty_line(self):
         self.assertEqual(self.help_of()["stdout"], "\n")
 
-    def test_no_tags_stop_where_required_and_lose_a_blank_where_optional(self):
+    def test_no_tags_stop_where_required_and_lose_a_space_where_optional(self):
         self.assertTrue(self.help_of(declared([flag()]))["stopped"])
         self.assertEqual(self.help_of(declared([], [flag(), valued("ParameterUUID")]))["stdout"],
                          "\n[ ] [ <n>  ] \n   \n    n  -  \n\n")
@@ -258,7 +255,7 @@ class OperationTest(unittest.TestCase):
                     "\uff14": -1, "42\n": -1, "9223372036854775807": 2**63 - 1,
                     "-9223372036854775808": -2**63,
                     "9223372036854775808": -1, "-9223372036854775809": -1, "500": 500}
-        self.assertEqual({text: rules.number_value(number(text)) for text in expected}, expected)
+        self.assertEqual({text: kinds.number_value(text) for text in expected}, expected)
 
     def test_only_first_tags_are_choices(self):
         options = [flag("read", "r"), flag("write")]
@@ -274,7 +271,7 @@ class OperationTest(unittest.TestCase):
         self.assertEqual(self.value("validate", parameter=parameter), "stopped")
 
     def test_paths(self):
-        with small_folder():
+        with small_directory():
             for state, path, message in (
                     ("exist", "dir", None), ("exist", "p", "p does not exist"),
                     ("absent", "p", None), ("absent", "file", "file must not exist"),
@@ -377,8 +374,8 @@ class PlantedErrorTest(unittest.TestCase):
                 self.assertLess(len(json.dumps(small)), 420)
 
     def test_the_program_reports_a_difference_and_fails(self):
-        with tempfile.TemporaryDirectory() as folder:
-            runner = pathlib.Path(folder, "runner")
+        with tempfile.TemporaryDirectory() as directory:
+            runner = pathlib.Path(directory, "runner")
             runner.write_text(f"#!/bin/sh\nexec {sys.executable} {HERE / 'planted.py'} flipped\n")
             runner.chmod(0o700)
             said = io.StringIO()
@@ -389,6 +386,17 @@ class PlantedErrorTest(unittest.TestCase):
             self.assertIn("byte 0 differs: expected b'\\n', observed b'\\x0b'", said.getvalue())
             self.assertIn('case:     {"call": "displayHelp", "declarations": []}', said.getvalue())
             self.assertIn("--seed 7 --count 50", said.getvalue())
+
+    def test_the_program_fails_for_a_kind_that_the_model_lacks(self):
+        with tempfile.TemporaryDirectory() as directory:
+            runner = pathlib.Path(directory, "runner")
+            runner.write_text("#!/bin/sh\necho ParameterNone\necho ParameterColour\n")
+            runner.chmod(0o700)
+            said = io.StringIO()
+            with contextlib.redirect_stdout(said):
+                sys.argv = ["generated_test.py", "--runner", str(runner)]
+                self.assertEqual(generated_test.main(), 1)
+            self.assertEqual(said.getvalue(), "FAILED: kinds.py has no model of ParameterColour\n")
 
 
 class GeneratorTest(unittest.TestCase):

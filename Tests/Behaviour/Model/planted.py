@@ -9,6 +9,7 @@ import os
 import sys
 import unicodedata
 
+import kinds
 import rules
 import texts
 from rules import replace
@@ -71,9 +72,9 @@ def first_refusal_only(fit, output):
     return True
 
 
-def any_integer(parameter):
+def any_integer(text):
     try:
-        return int(parameter.user_value)
+        return int(text)
     except ValueError:
         return -1
 
@@ -89,7 +90,7 @@ def all_visible(case):
 
 
 def set_equality(equality):
-    texts.equal = rules.equal = equality
+    texts.equal = rules.equal = kinds.equal = equality
 
 
 ERRORS = {
@@ -108,19 +109,19 @@ ERRORS = {
         rules, "remove_first_line", lambda text: text.partition("\n")[2] or None),
     "empty rest": lambda: setattr(
         rules, "remove_first_line", lambda text: ORIGINAL_FIRST_LINE(text + "x")),
-    "any integer": lambda: rules.VALUE_OF_KIND.update(ParameterNumber=any_integer),
+    "any integer": lambda: setattr(kinds, "number_value", any_integer),
     "last found": lambda: setattr(rules, "found", last_found),
     "hidden shown": lambda: setattr(rules, "declarations_of", all_visible),
-    "link is a folder": lambda: setattr(rules, "is_folder", os.path.isdir),
+    "link is a directory": lambda: setattr(kinds, "is_directory", os.path.isdir),
     "link is not followed": lambda: setattr(
-        rules, "path_exists", lambda path: os.path.lexists(texts.to_bytes(path))),
-    "dots stay": lambda: setattr(rules, "without_dot_segments", lambda path: path),
+        kinds, "path_exists", lambda path: os.path.lexists(texts.to_bytes(path))),
+    "dots stay": lambda: setattr(kinds, "without_dot_segments", lambda path: path),
     "tilde escaped": lambda: setattr(
-        rules, "STANDS_IN_A_URL", rules.STANDS_IN_A_URL - set(b"~")),
+        kinds, "STANDS_IN_A_URL", kinds.STANDS_IN_A_URL - set(b"~")),
     "direction unescaped": lambda: setattr(texts, "BIDI_CONTROLS", set()),
     "U+0085 unescaped": lambda: setattr(
         texts, "must_be_escaped", lambda it: it != "\x85" and ORIGINAL_ESCAPED(it)),
-    "any UUID": lambda: setattr(rules, "is_uuid", lambda text: len(text) == 36),
+    "any UUID": lambda: setattr(kinds, "is_uuid", lambda text: len(text) == 36),
     "name is compared": lambda: setattr(rules, "is_equal_to", rules.common_equal),
 }
 

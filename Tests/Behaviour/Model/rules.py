@@ -7,20 +7,15 @@ as the runner asks it: a relative path is relative to the current directory.
 import grp
 import os
 import pwd
-import re
-import stat
 from dataclasses import dataclass, field, replace
 
 import texts
+from kinds import KINDS, FatalStop, first_tag
 from texts import equal, from_json, to_json
 
 
-class FatalStop(Exception):
-    """The process is stopped, without a message."""
-
-
 class NotKnownHere(Exception):
-    """What ought to happen depends on this machine's users in a way that is not modelled."""
+    """The expected result depends on this machine's users in a way that is not modelled."""
 
 
 @dataclass(frozen=True)
@@ -41,7 +36,7 @@ class Parameter:
 
     @property
     def has_parameter(self):
-        return self.kind != "ParameterNone"
+        return KINDS[self.kind].has_parameter
 
 
 @dataclass(frozen=True)
@@ -114,12 +109,6 @@ def declarations_of(case):
 
 # --- parameters ---
 
-def first_tag(tagged):
-    if not tagged.tags:
-        raise FatalStop
-    return tagged.tags[0]
-
-
 def is_equal_to(left, right):
     return (left.kind == right.kind
             and texts.all_equal(left.tags, right.tags)
@@ -135,107 +124,7 @@ def common_equal(left, right):
 
 
 def validate(parameter):
-    if parameter.kind == "ParameterList":
-        return validate_list(parameter)
-    if parameter.kind == "ParameterFileURL":
-        return validate_file_url(parameter)
-    return None
-
-
-def validate_list(parameter):
-    if option_chosen(parameter) is not None:
-        return None
-    message = "Item " + parameter.user_value + " is not a valid option. It must be one of: "
-    for option in parameter.options:
-        message += first_tag(option) + ", "
-    return texts.without_last_characters(message, 2)
-
-
-def option_chosen(parameter):
-    for option in parameter.options:
-        if equal(first_tag(option), parameter.user_value):
-            return option
-    return None
-
-
-def validate_file_url(parameter):
-    if parameter.state == "vague":
-        return None
-    exists = path_exists(parameter.user_value)
-    if parameter.state == "exist" and not exists:
-        return parameter.user_value + " does not exist"
-    if parameter.state == "absent" and exists:
-        return parameter.user_value + " must not exist"
-    return None
-
-
-def path_exists(path):
-    return os.path.exists(texts.to_bytes(path))
-
-
-# --- values ---
-
-def number_value(parameter):
-    if not re.fullmatch("[+-]?[0-9]+", parameter.user_value):
-        return -1
-    value = int(parameter.user_value)
-    return value if -2**63 <= value < 2**63 else -1
-
-
-def uuid_value(text):
-    return text.upper() if is_uuid(text) else "00000000-0000-0000-0000-000000000000"
-
-
-def is_uuid(text):
-    return re.fullmatch("[0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}", text) is not None
-
-
-def list_value(parameter):
-    option = option_chosen(parameter)
-    if option is None:
-        raise FatalStop
-    return first_tag(option)
-
-
-def file_url(path):
-    """An absolute path stands as it is; a relative one, and it alone, loses its dot segments."""
-    named = texts.to_bytes(path)
-    here = os.getcwdb()
-    if not named.startswith(b"/"):
-        named = without_dot_segments(here + b"/" + named)
-    if is_folder(named) and not named.endswith(b"/"):
-        named += b"/"
-    return "file://" + percent_encoded(named)
-
-
-def is_folder(path):
-    """A link to a folder is none."""
-    try:
-        return stat.S_ISDIR(os.lstat(path).st_mode)
-    except (OSError, ValueError):
-        return False
-
-
-def without_dot_segments(path):
-    """RFC 3986, 5.2.4, for a path that begins with a slash."""
-    kept = []
-    segments = path.split(b"/")[1:]
-    for segment in segments:
-        if segment == b"..":
-            del kept[-1:]
-        elif segment != b".":
-            kept.append(segment)
-    if segments[-1] in (b".", b".."):
-        kept.append(b"")
-    return b"/" + b"/".join(kept)
-
-
-STANDS_IN_A_URL = frozenset(
-    b"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._~!$&'()*+,;=:@/")
-
-
-def percent_encoded(path):
-    return "".join(chr(byte) if byte in STANDS_IN_A_URL else f"%{byte:02X}" for byte in path)
+    return KINDS[parameter.kind].validate(parameter)
 
 
 # --- matching ---
@@ -355,23 +244,14 @@ def found(wanted, given):
     return next((parameter for parameter in given if is_equal_to(parameter, wanted)), None)
 
 
-VALUE_OF_KIND = {
-    "ParameterString": lambda parameter: to_json(parameter.user_value),
-    "ParameterUUID": lambda parameter: uuid_value(parameter.user_value),
-    "ParameterNumber": number_value,
-    "ParameterList": lambda parameter: to_json(list_value(parameter)),
-    "ParameterFileURL": lambda parameter: file_url(parameter.user_value),
-}
-
-
 def fetched(wanted, given, stopping):
     parameter = found(wanted, given)
     has = parameter is not None
-    if wanted.kind == "ParameterNone":
+    if not KINDS[wanted.kind].has_parameter:
         return {"has": has, "value": has}
     if not has and stopping:
         raise FatalStop
-    return {"has": has, "value": VALUE_OF_KIND[wanted.kind](parameter) if has else None}
+    return {"has": has, "value": KINDS[wanted.kind].value(parameter) if has else None}
 
 
 # --- the help listing ---
@@ -394,18 +274,10 @@ def display_help_parameters(parameters, optional, output):
         output.print(form_tag_help(parameter, optional), terminator=" ")
         if parameter.has_parameter:
             description += "    " + parameter.parameter_name + "  -  " + parameter.tag_help + "\n"
-            if parameter.kind == "ParameterList":
-                description = with_choices(description, parameter.options)
+            description = KINDS[parameter.kind].described(description, parameter)
         elif parameter.tag_help:
             description += "    " + parameter.tag_help + "\n"
     return description
-
-
-def with_choices(description, options):
-    description += "        Must be one of: "
-    for option in options:
-        description += first_tag(option) + ", "
-    return texts.without_last_characters(description, 2) + "\n"
 
 
 def form_tag_help(parameter, optional):
@@ -494,7 +366,7 @@ def call_validate(case, _):
 
 def call_get_value(case, _):
     parameter = parameter_of(case["parameter"])
-    return {"value": VALUE_OF_KIND[parameter.kind](parameter)}
+    return {"value": KINDS[parameter.kind].value(parameter)}
 
 
 def call_first_tag(case, _):

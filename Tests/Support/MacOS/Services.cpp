@@ -181,7 +181,7 @@ bool isFound(const Query& query, const std::string& kind, const Identity& identi
            query.text == kind + " with number " + std::to_string(identity.id);
 }
 
-const Identity& behind(CSIdentityRef object) {
+const Identity& identityOf(CSIdentityRef object) {
     const std::string text = nameOf(static_cast<const void*>(object));
     for (const auto* identities : {&services().users, &services().groups}) {
         const char* kind = identities == &services().users ? "user " : "group ";
@@ -256,8 +256,8 @@ CFStringRef CSIdentityGetPosixName(CSIdentityRef identity) {
         return nullptr;
     }
     static auto& names = *new std::map<std::string, CFStringRef>();
-    CFStringRef& name = names[behind(identity).logInName];
-    if (name == nullptr) name = newString(behind(identity).logInName);
+    CFStringRef& name = names[identityOf(identity).logInName];
+    if (name == nullptr) name = newString(identityOf(identity).logInName);
     return name;
 }
 
@@ -266,7 +266,7 @@ Boolean CSIdentityIsMemberOfGroup(CSIdentityRef identity, CSIdentityRef group) {
                                                    nameOf(static_cast<const void*>(group)))) {
         return false;
     }
-    return behind(identity).groups.contains(behind(group).logInName);
+    return identityOf(identity).groups.contains(identityOf(group).logInName);
 }
 }
 

@@ -44,7 +44,7 @@ struct Services {
 // The services of the running test.
 Services& services();
 
-// A test with new services, which may leave nothing behind.
+// A test with new services, which may leave no object.
 class ServiceTest : public testing::Test {
 protected:
     ServiceTest() { services() = Services(); }

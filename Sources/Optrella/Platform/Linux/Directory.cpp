@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "Optrella/Platform/UserDatabase.hpp"
+#include "Optrella/Platform/Posix/UserDatabase.hpp"
 
 namespace Optrella::Platform {
 

@@ -5,9 +5,11 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <string>
+#include <string_view>
 
 namespace Optrella::Platform {
 
@@ -48,17 +50,26 @@ std::string entry(const Log& log, std::string_view label) {
     return text;
 }
 
-// syslog() would wait for a log daemon that hangs, and openlog() would change what the tool's own
-// entries look like: so the entry goes to the log's socket directly.
-void send(const std::string& text) noexcept {
-    const int log = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (log < 0) return;
+// Returns false when the log's socket is of another kind.
+bool sendTo(int kind, std::string_view text) noexcept {
+    const int log = ::socket(AF_UNIX, kind | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (log < 0) return true;
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strcpy(address.sun_path, "/dev/log");
-    ::sendto(log, text.data(), text.size(), MSG_DONTWAIT | MSG_NOSIGNAL,
-             reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    const bool isConnected =
+        ::connect(log, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    const bool isOfAnotherKind = !isConnected && errno == EPROTOTYPE;
+    if (isConnected) ::send(log, text.data(), text.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     ::close(log);
+    return !isOfAnotherKind;
+}
+
+// syslog() would wait for a log daemon that hangs, and openlog() would change what the tool's own
+// entries look like: so the entry goes to the log's socket directly. Most daemons take datagrams;
+// in a stream a NUL ends each entry.
+void send(const std::string& text) noexcept {
+    if (!sendTo(SOCK_DGRAM, text)) sendTo(SOCK_STREAM, {text.c_str(), text.size() + 1});
 }
 
 }  // namespace

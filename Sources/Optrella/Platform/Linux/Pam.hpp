@@ -36,7 +36,6 @@ constexpr int conversationError = 19;
 
 // Styles of a message.
 constexpr int promptWithoutEcho = 1;
-constexpr int promptWithEcho = 2;
 constexpr int errorText = 3;
 constexpr int informationText = 4;
 
@@ -56,14 +55,15 @@ struct Attempt {
     bool isAnswered = false;  // PAM has been given the password
 };
 
-// What PAM asks the Attempt that `context` points to. The first prompt without echo is answered,
+// Answers what PAM asks the Attempt that `context` points to: the first prompt without echo,
 // with a copy that belongs to PAM; texts are swallowed. Every other prompt is refused, and with it
 // all messages that came along: the password must not be given to who asks for something else.
 // On any error there are no responses, and no copy is left.
 int converse(int count, const Message** messages, Response** responses, void* context) noexcept;
 
-// verifyPassword with the configuration of the services in a folder, the system's when null.
-[[nodiscard]] bool verify(const std::string& user, const Password& password, const char* folder);
+// Does what verifyPassword does, with the configuration of the services in a directory, the
+// system's when null.
+[[nodiscard]] bool verify(const std::string& user, const Password& password, const char* directory);
 
 }  // namespace Optrella::Platform::Pam
 

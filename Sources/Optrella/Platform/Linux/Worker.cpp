@@ -6,13 +6,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 
 namespace Optrella::Platform {
 
 namespace {
 
-struct Job {
-    void (*work)(void* context);
+struct Work {
+    void (*call)(void* context);
     void* context;
 };
 
@@ -37,19 +38,38 @@ void lowerPriority() noexcept {
 }
 
 extern "C" void* callWork(void* argument) {
-    const Job job = *static_cast<Job*>(argument);
+    const Work work = *static_cast<Work*>(argument);
     leaveRealTime();
     lowerPriority();
-    job.work(job.context);
+    work.call(work.context);
     return nullptr;
+}
+
+// At least as large as the main thread's is by default, whatever the C library would choose: some
+// give a thread 2 MB where the process's own stack is not limited, others 128 KB. Where the process
+// may not have so much memory, smaller ones are tried.
+bool start(pthread_t& thread, Work& work) noexcept {
+    constexpr std::size_t usual = std::size_t{8} << 20;
+    constexpr std::size_t least = std::size_t{64} << 10;
+    pthread_attr_t attributes;
+    if (::pthread_attr_init(&attributes) != 0) return false;
+    std::size_t size = 0;
+    ::pthread_attr_getstacksize(&attributes, &size);
+    bool isStarted = false;
+    for (size = std::max(size, usual); size >= least && !isStarted; size /= 2) {
+        isStarted = ::pthread_attr_setstacksize(&attributes, size) == 0 &&
+                    ::pthread_create(&thread, &attributes, callWork, &work) == 0;
+    }
+    ::pthread_attr_destroy(&attributes);
+    return isStarted;
 }
 
 }  // namespace
 
 bool runOnWorker(void (*work)(void* context), void* context) {
-    Job job{work, context};
+    Work piece{work, context};
     pthread_t thread;
-    if (::pthread_create(&thread, nullptr, callWork, &job) != 0) return false;
+    if (!start(thread, piece)) return false;
     // Waits for the end of the thread, whenever that comes, and is never interrupted by a signal.
     ::pthread_join(thread, nullptr);
     return true;

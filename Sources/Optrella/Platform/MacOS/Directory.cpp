@@ -5,7 +5,7 @@
 
 #include "Optrella/Platform/MacOS/Owned.hpp"
 #include "Optrella/Platform/MacOS/Strings.hpp"
-#include "Optrella/Platform/UserDatabase.hpp"
+#include "Optrella/Platform/Posix/UserDatabase.hpp"
 
 namespace Optrella::Platform {
 

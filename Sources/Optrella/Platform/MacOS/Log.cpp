@@ -19,7 +19,7 @@ os_log_t handleOf(const Log& log) {
 void logInfo(const Log& log, std::string_view label, std::string_view message) {
     const os_log_t handle = handleOf(log);
     if (!os_log_type_enabled(handle, OS_LOG_TYPE_INFO)) return;
-    // As C strings: the log shows nothing behind a NUL.
+    // As C strings: the log shows nothing after a NUL.
     const std::string labelText(label);
     const std::string messageText(message);
     os_log_with_type(handle, OS_LOG_TYPE_INFO, "[**] %{public}s %s", labelText.c_str(),

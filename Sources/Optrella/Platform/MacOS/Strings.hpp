@@ -10,10 +10,10 @@
 
 namespace Optrella::Platform {
 
-// None when the text is not UTF-8, or without memory.
+// Returns the text as a string; none when the text is not UTF-8, or without memory.
 [[nodiscard]] Owned<CFStringRef> stringOf(std::string_view text) noexcept;
 
-// In UTF-8, with a question mark for what is half of a character.
+// Returns the string in UTF-8, with a question mark for what is half of a character.
 [[nodiscard]] std::string textOf(CFStringRef string);
 
 }  // namespace Optrella::Platform

@@ -12,7 +12,7 @@ bool fileExists(const char* path) noexcept {
     return ::stat(path, &status) == 0;
 }
 
-bool isFolder(const char* path) noexcept {
+bool isDirectory(const char* path) noexcept {
     struct stat status;
     return ::lstat(path, &status) == 0 && S_ISDIR(status.st_mode);
 }

@@ -48,9 +48,9 @@ Password::~Password() {
 
 bool Password::append(std::string_view bytes) noexcept {
     if (bytes.empty()) return true;
-    const std::span<char> behind = room();
-    if (bytes.size() > behind.size()) return false;
-    std::memcpy(behind.data(), bytes.data(), bytes.size());
+    const std::span<char> rest = room();
+    if (bytes.size() > rest.size()) return false;
+    std::memcpy(rest.data(), bytes.data(), bytes.size());
     extend(bytes.size());
     return true;
 }

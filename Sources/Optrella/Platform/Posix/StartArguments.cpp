@@ -8,7 +8,7 @@ namespace Optrella::Platform {
 
 namespace {
 
-// Every argument with a NUL behind it: one text rather than many, because every start pays for it.
+// Every argument with a NUL after it: one text rather than many, because every start pays for it.
 // A pointer, because it is set before variables are made.
 const std::string* kept = nullptr;
 
@@ -20,7 +20,7 @@ std::string joined(int count, const char* const* arguments) {
 
 // Runs before the constructors of the tool, where the system knows such an order: they may change
 // the array as its main may. Not every C library passes anything here. What it has passed is the
-// real thing when it lies as the system laid it out: the environment behind the arguments and their
+// real thing when it lies as the system laid it out: the environment after the arguments and their
 // null.
 [[gnu::constructor(101)]] void keepArguments(int count, char** arguments, char** variables) {
     const bool arePassed = variables == environment() && variables == arguments + count + 1;

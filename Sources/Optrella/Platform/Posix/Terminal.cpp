@@ -21,8 +21,9 @@
 
 // What must hold, whatever happens:
 //   1. Nothing is read while the terminal echoes.
-//   2. The terminal is put back before the tool's handlers are, and those before a signal strikes.
-//   3. A signal that has been caught strikes, once.
+//   2. The terminal is put back before the tool's handlers are, and those before a signal is
+//   raised.
+//   3. A signal that has been caught is raised again, once.
 //   4. What was typed stays nowhere but in the result.
 //   5. No descriptor stays open, and a program that another thread starts inherits none.
 
@@ -71,7 +72,7 @@ extern "C" void catchSignal(int signal) {
 // Lets the signal do what it would have done, before this returns: it is unblocked because a thread
 // that blocks it can have been told of it by another one. (No "::" before what macOS has as
 // macros.)
-void strike(int signal) noexcept {
+void raiseUnblocked(int signal) noexcept {
     sigset_t one;
     sigset_t before;
     sigemptyset(&one);
@@ -81,10 +82,10 @@ void strike(int signal) noexcept {
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-void strikeAll(Signals signals) noexcept {
+void raiseAll(Signals signals) noexcept {
     for (const int signal : watched) {
         if ((signals & only(signal)) == 0) continue;
-        strike(signal);
+        raiseUnblocked(signal);
         // One stop is enough: to be continued is the answer to all of them.
         if ((stops & only(signal)) != 0) return;
     }
@@ -92,7 +93,7 @@ void strikeAll(Signals signals) noexcept {
 
 // ---- What is held while reading ----
 
-// select() would write behind the end of its set for a higher one.
+// select() would write past the end of its set for a higher one.
 bool canBeSelected(const Descriptor& descriptor) noexcept {
     return descriptor.isOpen() && descriptor.number() < static_cast<int>(FD_SETSIZE);
 }
@@ -159,19 +160,20 @@ auto repeated(Call call) noexcept {
 }
 
 // Keeps the terminal from echoing until it ends.
-class Silence {
+class EchoOff {
 public:
-    explicit Silence(const Descriptor& terminal) noexcept
+    explicit EchoOff(const Descriptor& terminal) noexcept
         : terminal_(terminal.number()), isOn_(begin()) {}
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-    ~Silence() { static_cast<void>(end()); }
+    EchoOff(const EchoOff&) = delete;
+    EchoOff& operator=(const EchoOff&) = delete;
+    ~EchoOff() { static_cast<void>(end()); }
 
     [[nodiscard]] bool isOn() const noexcept { return isOn_; }
 
-    // False when the terminal does not take its settings back; then it is gone.
+    // False when the terminal does not take its settings back: it is gone, or somebody else's. Who
+    // asked from the background would only stop the job once more.
     [[nodiscard]] bool end() noexcept {
-        if (isChanged_ && set(before_)) isChanged_ = false;
+        if (isChanged_ && isForeground() && set(before_)) isChanged_ = false;
         return !isChanged_;
     }
 
@@ -188,6 +190,10 @@ private:
                (settings.c_lflag & echo) == 0;
     }
 
+    [[nodiscard]] bool isForeground() const noexcept {
+        return ::tcgetpgrp(terminal_) == ::getpgrp();
+    }
+
     // Drops what has been typed and not read: neither is a password what was typed before the
     // prompt, nor a command what is left of a password.
     [[nodiscard]] bool set(const termios& settings) const noexcept {
@@ -202,7 +208,7 @@ private:
 
 // ---- Reading ----
 
-// A line as a C string: what is typed behind a NUL does not belong to it.
+// A line as a C string: what is typed after a NUL does not belong to it.
 class Line {
 public:
     [[nodiscard]] bool isComplete() const noexcept { return isComplete_; }
@@ -289,14 +295,14 @@ std::optional<Password> ask(const char* prompt) noexcept {
     if (!canBeSelected(terminal)) return std::nullopt;
     const SignalWatch signals;
     if (!signals.isOn()) return std::nullopt;
-    Silence silence(terminal);
-    if (!silence.isOn()) return std::nullopt;
+    EchoOff echoOff(terminal);
+    if (!echoOff.isOn()) return std::nullopt;
 
     std::optional<Password> line;
     if (writeAll(terminal, prompt)) line = readLine(terminal, signals);
     // The line's own end was not echoed.
     const bool isLineEnded = writeAll(terminal, "\n");
-    if (!silence.end() || !isLineEnded) return std::nullopt;
+    if (!echoOff.end() || !isLineEnded) return std::nullopt;
     return line;
 }
 
@@ -310,7 +316,7 @@ std::optional<Password> readPassword(const char* prompt) {
         const Signals signals = caught.exchange(0);
         if (signals == 0) return line;
         line.reset();
-        strikeAll(signals);
+        raiseAll(signals);
         if ((signals & ~stops) != 0) return std::nullopt;
     }
 }

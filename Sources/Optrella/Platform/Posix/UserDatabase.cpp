@@ -1,4 +1,4 @@
-#include "Optrella/Platform/UserDatabase.hpp"
+#include "Optrella/Platform/Posix/UserDatabase.hpp"
 
 #include <pwd.h>
 #include <sys/types.h>
