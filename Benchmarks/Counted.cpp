@@ -1,11 +1,11 @@
-// In place of a tool's main: runs it and prints how often, and for how many bytes, the calling
-// thread asked for heap memory, and how many threads were started.
+// In place of a tool's main: runs it and prints how often, and for how many bytes, it asked for
+// heap memory on all of its threads, and how many threads were started.
 //
 //     TOOL help | TOOL WORD [OPTION]... | TOOL items COUNT
 //     declare CALLS BYTES / run CALLS BYTES THREADS
 //
 // A declaration at namespace scope is made before main; so is what the C++ library asks for, once
-// and whatever the tool. What the action asks for on its thread is the tool's own and not counted.
+// and whatever the tool.
 
 #include <dlfcn.h>
 #include <pthread.h>
@@ -35,11 +35,13 @@ struct Counts {
     long bytes;
 };
 
-// Of the thread that runs the tool: those of a worker stay at its own.
-thread_local Counts counts{};
+// A worker runs while the thread that started it waits.
+Counts counts{};
 int threads = 0;
+thread_local bool startsThread = false;
 
 void count(std::size_t bytes) {
+    if (startsThread) return;
     ++counts.calls;
     counts.bytes += static_cast<long>(bytes);
 }
@@ -74,9 +76,9 @@ int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
 int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
                           void* (*start)(void*), void* argument) {
     ++threads;
-    const Counts before = counts;
+    startsThread = true;
     const int result = __real_pthread_create(thread, attributes, start, argument);
-    counts = before;
+    startsThread = false;
     return result;
 }
 

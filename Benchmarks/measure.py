@@ -16,15 +16,13 @@ BUILD = ROOT / "build" / "bench"
 FILE = "/etc/passwd"  # exists everywhere
 
 # A region is what runs between entering and leaving a function; one that is named within another is
-# left out of it. A thread has regions of its own. What a file declares at namespace scope is its
-# initialisation, which g++ names after the file's first symbol.
-DECLARE = ["declareCommands", "_GLOBAL__sub_I_declareCommands", "*FLAGS_command0_name*"]
-# The calling thread alone: matching and validation, without starting the worker.
-MATCH = ["runCommandLine", "Optrella::Platform::runOnWorker*"]
-# All that a command costs: also the thread, and in it the action that fetches the five values. What
-# the tool then does with them is left out.
-COMPLETE = ["runCommandLine", "callWork", "takeCommand"]
+# left out of it. A thread has regions of its own.
+# From argv to the five values in the tool's hands: matching and validation on the caller's thread, and
+# fetching on the worker's. The worker itself is left out, and what the tool then does.
+MATCH = ["runCommandLine", "Optrella::Platform::runOnWorker*", "fetchValues", "takeCommand"]
+MATCH_ITEMS = [*MATCH[:-1], "takeItems"]
 PARSE = ["runCommandLine", "takeCommand"]
+PARSE_ITEMS = ["runCommandLine", "takeItems"]
 HELP = ["printHelp"]
 WHOLE = []
 EMPTY = ["declareCommands"]
@@ -86,8 +84,9 @@ def check_answers(tools):
 
 def check_help():
     """What is printed by hand is the same listing."""
-    if run([BUILD / "optrella-plain-100", "help"]) != run([BUILD / "getopt-plain-100", "help"]):
-        sys.exit("The listing that is printed by hand is another one.")
+    for by_hand in ("getopt-plain-100", "pasted-plain-100"):
+        if run([BUILD / "optrella-plain-100", "help"]) != run([BUILD / by_hand, "help"]):
+            sys.exit(f"The listing that {by_hand} prints is another one.")
 
 
 # ---- Instructions ----
@@ -101,7 +100,7 @@ def must_have(tool, functions):
     """A function that was renamed would measure nothing."""
     for function in functions:
         name = function.removesuffix("*")
-        if not name.startswith(("_GLOBAL", "*")) and name not in symbols(tool):
+        if name not in symbols(tool):
             sys.exit(f"{tool} has no function {name}: a region of the benchmark has lost its name")
 
 
@@ -122,16 +121,11 @@ def instructions(tool, regions, arguments=()):
     return int(re.search(r"^totals: (\d+)", profile, re.MULTILINE)[1])
 
 
-def calls(tool, function, regions, arguments):
-    """How often the function, named to its bracket, is called within the regions."""
-    must_have(tool, [function])
-    names, called, count = {}, "", 0
-    for line in callgrind(tool, tuple(regions), tuple(arguments)).splitlines():
-        if name := re.match(r"c?fn=\((\d+)\)(?: (.*))?", line):
-            called = names.setdefault(name[1], name[2])
-        elif line.startswith("calls=") and called.startswith(function):
-            count += int(line.removeprefix("calls=").split()[0])
-    return count
+def declaring(parser, count, how="plain"):
+    """What declaring adds to a process that does nothing more: also what the loader does for constants,
+    and what becomes of the declarations at the exit."""
+    many, none = (instructions(f"{parser}-{how}-{each}", WHOLE) for each in (count, 0))
+    return many - none
 
 
 # ---- Heap and threads ----

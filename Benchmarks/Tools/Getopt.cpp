@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "Commands.hpp"
 #include "Tool.hpp"
@@ -46,9 +47,9 @@ void declareCommands() {}
 int runCommandLine(int argc, char* argv[]) {
     const Command* command = commandOf(argv[1]);
     if (command == nullptr) return 64;
-    const char* name = "";
-    const char* mode = "";
-    const char* file = "";
+    std::string name;
+    std::string mode;
+    std::string file;
     long count = 0;
     bool verbose = false;
     for (int given;
@@ -61,10 +62,12 @@ int runCommandLine(int argc, char* argv[]) {
                 if (!isNumber(optarg, count)) return 64;
                 break;
             case 'm':
-                if (!isMode(mode = optarg)) return 64;
+                if (!isMode(optarg)) return 64;
+                mode = optarg;
                 break;
             case 'f':
-                if (access(file = optarg, F_OK) != 0) return 64;
+                if (access(optarg, F_OK) != 0) return 64;
+                file = optarg;
                 break;
             case 'v':
                 verbose = true;
@@ -74,11 +77,27 @@ int runCommandLine(int argc, char* argv[]) {
         }
     }
     if (optind != argc - 1) return 64;
-    takeCommand(command->word, name, count, mode, file, verbose);
+    takeCommand(command->word, name.c_str(), count, mode.c_str(), file.c_str(), verbose);
     return 0;
 }
 
-// The same bytes as Optrella's listing.
+// The same bytes as Optrella's listing; with PASTED, as somebody who has it before the eyes would
+// print it.
+#ifdef PASTED
+void printHelp() {
+    std::fputs("\n", stdout);
+#define COMMAND(id, word, help, nameHelp, countHelp, modeHelp, fileHelp, verboseHelp)            \
+    std::fputs(word                                                                              \
+               " [ -n|--name <name>  ] [ -c|--count <count>  ] [ -m|--mode <mode>  ] "           \
+               "[ -f|--file <file>  ] [ -v|--verbose ] \n  " help " \n    name  -  " nameHelp    \
+               "\n    count  -  " countHelp "\n    mode  -  " modeHelp                           \
+               "\n        Must be one of: fast, safe, full, quick, none\n    file  -  " fileHelp \
+               "\n    " verboseHelp "\n\n",                                                      \
+               stdout);
+#include COMMANDS
+#undef COMMAND
+}
+#else
 void printHelp() {
     std::fprintf(stdout, "\n");
     for (const Command& command : commands) {
@@ -92,3 +111,4 @@ void printHelp() {
                      command.modeHelp, command.fileHelp, command.verboseHelp);
     }
 }
+#endif

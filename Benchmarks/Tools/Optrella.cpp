@@ -4,25 +4,42 @@
 
 using namespace Optrella;
 
-namespace {
+// As constants, the way to declare; or, with AT_RUN_TIME, in lists that are made when the tool
+// starts.
+#ifdef AT_RUN_TIME
+#define CONSTANT
+#define CONSTEXPR const
+#define MODES \
+    { "fast", "safe", "full", "quick", "none" }
+#else
+#define CONSTANT constinit
+#define CONSTEXPR constexpr
+#define MODES modes
+#endif
 
-void act(const char* word, const ParameterString& name, const ParameterNumber& count,
-         const ParameterList& mode, const ParameterFileURL& file, const ParameterNone& verbose,
-         const Parameters& given) {
+// The action, up to the five values.
+extern "C" void fetchValues(const char* word, const ParameterString& name,
+                            const ParameterNumber& count, const ParameterList& mode,
+                            const ParameterFileURL& file, const ParameterNone& verbose,
+                            const Parameters& given) {
+    const auto text = fetchOptionalString(name, given);
     const auto chosen = fetchOptionalListOption(mode, given);
     const auto url = fetchOptionalURL(file, given);
-    takeCommand(word, fetchOptionalString(name, given).value_or("").c_str(),
-                fetchOptionalNumber(count, given).value_or(0),
+    takeCommand(word, text ? text->c_str() : "", fetchOptionalNumber(count, given).value_or(0),
                 chosen ? chosen->firstTag().c_str() : "", url ? url->path().c_str() : "",
                 fetchOptionalNone(verbose, given));
 }
+
+namespace {
+
+[[maybe_unused]] constexpr ParameterNone modes[] = {
+    {{"fast"}, ""}, {{"safe"}, ""}, {{"full"}, ""}, {{"quick"}, ""}, {{"none"}, ""}};
 
 #define COMMAND(id, word, help, nameHelp, countHelp, modeHelp, fileHelp, verboseHelp)    \
     constexpr ParameterNone id##Word{{word}, ""};                                        \
     constexpr ParameterString id##Name{{"-n", "--name"}, "name", nameHelp};              \
     constexpr ParameterNumber id##Count{{"-c", "--count"}, "count", 0, 1000, countHelp}; \
-    const ParameterList id##Mode{                                                        \
-        {"-m", "--mode"}, {"fast", "safe", "full", "quick", "none"}, "mode", modeHelp};  \
+    CONSTEXPR ParameterList id##Mode{{"-m", "--mode"}, MODES, "mode", modeHelp};         \
     constexpr ParameterFileURL id##File{{"-f", "--file"},                                \
                                         ParameterFileURL::urlType::file,                 \
                                         ParameterFileURL::existState::exist,             \
@@ -32,26 +49,28 @@ void act(const char* word, const ParameterString& name, const ParameterNumber& c
 #include COMMANDS
 #undef COMMAND
 
-#define COMMAND(id, word, help, ...)                                             \
-    {false,                                                                      \
-     {id##Word},                                                                 \
-     {id##Name, id##Count, id##Mode, id##File, id##Verbose},                     \
-     help,                                                                       \
-     false,                                                                      \
-     [](const Parameters& given) {                                               \
-         act(word, id##Name, id##Count, id##Mode, id##File, id##Verbose, given); \
+#define COMMAND(id, word, help, ...)                                                     \
+    {false,                                                                              \
+     {id##Word},                                                                         \
+     {id##Name, id##Count, id##Mode, id##File, id##Verbose},                             \
+     help,                                                                               \
+     false,                                                                              \
+     [](const Parameters& given) {                                                       \
+         fetchValues(word, id##Name, id##Count, id##Mode, id##File, id##Verbose, given); \
      }},
-const CommandLinePossibility commandLines[] = {
+CONSTANT const CommandLinePossibility commandLines[] = {
 #include COMMANDS
 #undef COMMAND
 };
+// Also of an array without elements, which g++ knows.
+const CommandList tool{commandLines, sizeof commandLines / sizeof(CommandLinePossibility)};
 
 }  // namespace
 
 void declareCommands() {}
 
 int runCommandLine(int argc, char* argv[]) {
-    return parse(commandLines, argc, argv) == parsingError::NoError ? 0 : 64;
+    return parse(tool, argc, argv) == parsingError::NoError ? 0 : 64;
 }
 
-void printHelp() { displayHelp(commandLines); }
+void printHelp() { displayHelp(tool); }

@@ -6,26 +6,27 @@ using namespace Optrella;
 
 namespace {
 
-const ParameterNone add{{"add"}, ""};
-const ParameterString item{{"--item"}, "item", "An item to add, as often as needed"};
+constexpr ParameterNone add{{"add"}, ""};
+constexpr ParameterString item{{"--item"}, "item", "An item to add, as often as needed"};
 
-const CommandLinePossibility commandLines[] = {
-    {false,
-     {add},
-     {item},
-     "Add the items",
-     false,
-     [](const Parameters& given) {
-         long count = 0;
-         const char* last = "";
-         for (const ParameterProtocol& each : given) {
-             if (!each.isEqualTo(item)) continue;
-             ++count;
-             last = each.common().userValue.c_str();
-         }
-         takeItems(count, last);
-     }},
-};
+}  // namespace
+
+// The action, up to the values.
+extern "C" void fetchValues(const Parameters& given) {
+    long count = 0;
+    const char* last = "";
+    for (const ParameterProtocol& each : given) {
+        if (!each.isEqualTo(item)) continue;
+        ++count;
+        last = each.common().userValue.c_str();
+    }
+    takeItems(count, last);
+}
+
+namespace {
+
+constinit const CommandLinePossibility commandLines[] = {
+    {false, {add}, {item}, "Add the items", false, fetchValues}};
 
 }  // namespace
 

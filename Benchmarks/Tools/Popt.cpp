@@ -1,15 +1,16 @@
-// popt has no commands: each one's options are a table with a heading of its own in the one
-// context, which names them all in the help; the word is what is left over.
+// popt has no commands: each one's options are a table of their own, with a context of its own.
 
 #include <popt.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstring>
 
-#include "Commands.hpp"
 #include "Tool.hpp"
 
 namespace {
+
+const char* const modes[] = {"fast", "safe", "full", "quick", "none"};
 
 char* name = nullptr;
 int count = 0;
@@ -28,16 +29,21 @@ int verbose = 0;
 #include COMMANDS
 #undef COMMAND
 
-const poptOption options[] = {
-#define COMMAND(id, word, help, ...) \
-    {nullptr, '\0', POPT_ARG_INCLUDE_TABLE, id##Options, 0, word ": " help, nullptr},
+struct Tool {
+    const char* word;
+    const char* help;
+    poptOption* options;
+};
+
+const Tool tools[] = {
+#define COMMAND(id, word, help, ...) {word, help, id##Options},
 #include COMMANDS
 #undef COMMAND
-    POPT_TABLEEND};
+};
 
-const Command* commandOf(const char* word) {
-    for (const Command& command : commands) {
-        if (std::strcmp(command.word, word) == 0) return &command;
+const Tool* toolOf(const char* word) {
+    for (const Tool& tool : tools) {
+        if (std::strcmp(tool.word, word) == 0) return &tool;
     }
     return nullptr;
 }
@@ -49,14 +55,11 @@ bool isMode(const char* word) {
     return false;
 }
 
-int run(poptContext context) {
-    if (poptGetNextOpt(context) != -1) return 64;
-    const char* word = poptGetArg(context);
-    const Command* command = word != nullptr ? commandOf(word) : nullptr;
-    if (command == nullptr || poptPeekArg(context) != nullptr) return 64;
+int run(poptContext context, const char* word) {
+    if (poptGetNextOpt(context) != -1 || poptPeekArg(context) != nullptr) return 64;
     if (mode != nullptr && !isMode(mode)) return 64;
     if (file != nullptr && access(file, F_OK) != 0) return 64;
-    takeCommand(command->word, name, count, mode, file, verbose != 0);
+    takeCommand(word, name, count, mode, file, verbose != 0);
     return 0;
 }
 
@@ -65,15 +68,21 @@ int run(poptContext context) {
 void declareCommands() {}
 
 int runCommandLine(int argc, char* argv[]) {
-    poptContext context = poptGetContext(nullptr, argc, const_cast<const char**>(argv), options, 0);
-    const int status = run(context);
+    const Tool* tool = toolOf(argv[1]);
+    if (tool == nullptr) return 64;
+    auto** arguments = const_cast<const char**>(argv + 1);
+    poptContext context = poptGetContext(nullptr, argc - 1, arguments, tool->options, 0);
+    const int status = run(context, tool->word);
     poptFreeContext(context);
     return status;
 }
 
 void printHelp() {
-    const char* argv[] = {"tool", nullptr};
-    poptContext context = poptGetContext(nullptr, 1, argv, options, 0);
-    poptPrintHelp(context, stdout, 0);
-    poptFreeContext(context);
+    for (const Tool& tool : tools) {
+        const char* argv[] = {tool.word, nullptr};
+        poptContext context = poptGetContext(nullptr, 1, argv, tool.options, 0);
+        std::printf("%s\n", tool.help);
+        poptPrintHelp(context, stdout, 0);
+        poptFreeContext(context);
+    }
 }

@@ -11,7 +11,7 @@
 
 extern "C" {
 
-// Declares the commands, as far as that is not done before main.
+// Declares the commands that are not declared before main.
 void declareCommands();
 
 // Finds the command, checks its values and hands them to takeCommand. 0, or 64 when they don't fit.
