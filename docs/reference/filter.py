@@ -1,17 +1,19 @@
 """A public header as Doxygen wants it: filter.py HEADER.
 
 The headers' comments are plain ones, because they are read in the headers. Here a comment documents
-every declaration that follows it up to the next blank line or comment; one behind a field or a case
-documents that; the first one of a header documents the header. What is not meant to be read by a
-tool's author is taken out.
+every declaration that follows it up to the next empty line or comment; one after a field or a case
+documents that; the first one of a header documents the header. What is not meant for a tool's author
+is taken out.
 """
 
 import re
 import sys
 
-HIDDEN = "// ---- Nothing below is meant to be read by a tool's author. ----"
-END = "}  // namespace Optrella"  # behind it stand hashes, which Doxygen does not understand
-FOR_ITS_MESSAGE = " For its message alone:"
+END = "}  // namespace Optrella"  # hashes follow it, which Doxygen does not understand
+FOR_ITS_MESSAGE = " Exists for its message alone:"
+NO_DOCUMENTATION = (" ----", " clang-format ")  # how comments begin that say nothing of a declaration
+COMMON = "    commonDetails common;"  # a member of each kind, which says nothing of it there
+DEFINITION = re.compile(r"(inline|constexpr) .*\w::\w+\(")  # of a function that its class has declared
 
 
 def documenting(comment, indent):
@@ -29,16 +31,13 @@ def filtered(lines):
     comment = []
     indent = ""
     begins = True  # whether a declaration may begin on the line
-    is_hidden = False
-    is_dropped = False  # up to the next blank line
+    is_dropped = False  # up to the next empty line
     for line in lines:
         found = re.match(r"(\s*)//(.*)$", line)
         if line == END:
             yield line
             return
-        if line == HIDDEN:
-            is_hidden = True
-        if is_hidden or found and found[2].startswith(" ----"):
+        if found and found[2].startswith(NO_DOCUMENTATION):
             yield ""
         elif found:
             if not begins or not comment or comment[-1] is None:
@@ -51,12 +50,16 @@ def filtered(lines):
         elif not line:
             comment, begins, is_dropped = [], True, False
             yield line
-        elif not is_dropped:
+        elif is_dropped or DEFINITION.match(line):
+            is_dropped = True
+        else:
             is_declaration = begins and "~" not in line and re.match(rf"{indent}[^\s}}]", line)
             if comment and is_declaration:
                 yield from documenting([text for text in comment if text is not None], indent)
-                comment.append(None)  # a comment behind this one begins anew
+                comment.append(None)  # a comment after this one is another one
             begins = line.endswith((";", "}"))
+            if line == COMMON:
+                line += "  // What every parameter carries."
             yield re.sub(r"^(\s+[^/{}()]*[;,]|\s+[^/()]*\{\};) +// ", r"\1 ///< ", line)
 
 
