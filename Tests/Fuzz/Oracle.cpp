@@ -177,15 +177,24 @@ char32_t codePoint(std::string_view sequence) {
     return static_cast<char32_t>(value);
 }
 
-bool isControl(char32_t codePoint) {
+bool isVisible(char32_t codePoint, char32_t before) {
     const auto value = static_cast<UChar32>(codePoint);
+    const auto has = [](char32_t of, UProperty property) {
+        return u_hasBinaryProperty(static_cast<UChar32>(of), property) != 0;
+    };
+    const bool isPictured = has(before, UCHAR_EXTENDED_PICTOGRAPHIC);
+    if (codePoint == 0xFE0F) return isPictured;
+    if (codePoint == 0x200D) {
+        return isPictured || before == 0xFE0F || has(before, UCHAR_EMOJI_MODIFIER);
+    }
     switch (u_charType(value)) {
         case U_CONTROL_CHAR:
         case U_LINE_SEPARATOR:
         case U_PARAGRAPH_SEPARATOR:
-            return true;
+            return false;
         default:
-            return u_hasBinaryProperty(value, UCHAR_BIDI_CONTROL) != 0;
+            return !has(codePoint, UCHAR_DEFAULT_IGNORABLE_CODE_POINT) &&
+                   !has(codePoint, UCHAR_NONCHARACTER_CODE_POINT);
     }
 }
 

@@ -34,8 +34,9 @@ struct Sequence {
 [[nodiscard]] std::string decomposed(std::string_view text);
 [[nodiscard]] std::string composed(std::string_view text);
 
-// Whether the code point must not be written to a terminal as it is.
-[[nodiscard]] bool isControl(char32_t codePoint);
+// Whether the code point may be shown as it is, after the one before it: it controls nothing, and
+// it is seen or changes what is seen.
+[[nodiscard]] bool isVisible(char32_t codePoint, char32_t before);
 [[nodiscard]] char32_t codePoint(std::string_view sequence);
 
 }  // namespace Tests::Oracle

@@ -190,9 +190,12 @@ private:
 
 void checkRendered(const std::vector<std::string>& list) {
     const std::string rendered = Internal::rendered(std::vector<Text>(list.begin(), list.end()));
+    char32_t before = 0;
     for (const Oracle::Sequence& each : Oracle::sequences(rendered)) {
         law(each.isValid, "what is shown is UTF-8");
-        law(!Oracle::isControl(Oracle::codePoint(each.bytes)), "what is shown controls nothing");
+        const char32_t shown = Oracle::codePoint(each.bytes);
+        law(Oracle::isVisible(shown, before), "what is shown controls nothing and is seen");
+        before = shown;
     }
     law(Reader(rendered).list() == list, "a rendered list tells what it was");
 }

@@ -7,8 +7,8 @@
 #include "Optrella/CommandLine/Matching.hpp"
 #include "Optrella/CommandLine/Validation.hpp"
 #include "Optrella/Platform/Worker.hpp"
+#include "Optrella/Text/Escapes.hpp"
 #include "Optrella/Text/Print.hpp"
-#include "Optrella/Text/Unicode.hpp"
 
 namespace Optrella {
 

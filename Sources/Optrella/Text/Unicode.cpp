@@ -12,18 +12,6 @@
 
 namespace Optrella::Internal {
 
-namespace {
-
-constexpr bool isASCII(char byte) noexcept { return static_cast<unsigned char>(byte) < 0x80; }
-
-struct CodePoint {
-    utf8proc_int32_t value;  // negative for a byte that is not part of UTF-8
-    std::size_t size;        // in bytes
-
-    [[nodiscard]] bool isValid() const noexcept { return value >= 0; }
-};
-
-// REQUIRES: not empty.
 CodePoint firstCodePoint(std::string_view bytes) noexcept {
     utf8proc_int32_t value = -1;
     const auto room = static_cast<utf8proc_ssize_t>(std::min<std::size_t>(bytes.size(), 4));
@@ -31,6 +19,10 @@ CodePoint firstCodePoint(std::string_view bytes) noexcept {
         utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(bytes.data()), room, &value);
     return size > 0 ? CodePoint{value, static_cast<std::size_t>(size)} : CodePoint{-1, 1};
 }
+
+namespace {
+
+constexpr bool isASCII(char byte) noexcept { return static_cast<unsigned char>(byte) < 0x80; }
 
 struct ByteRange {
     unsigned char first, last;
@@ -155,10 +147,10 @@ std::size_t segmentBefore(std::size_t difference, std::string_view left,
 
 }  // namespace
 
-CanonicalReader::CodePoint CanonicalReader::next() noexcept {
+CodePoint::Value CanonicalReader::next() noexcept {
     // Between ASCII characters there are no marks.
     if (place_ == segment_.size() && rest_.size() > 1 && isASCII(rest_[0]) && isASCII(rest_[1])) {
-        const CodePoint next = static_cast<unsigned char>(rest_[0]);
+        const CodePoint::Value next = static_cast<unsigned char>(rest_[0]);
         rest_.remove_prefix(1);
         return next;
     }
@@ -176,13 +168,13 @@ void CanonicalReader::readSegment() noexcept {
             rest_.remove_prefix(1);
             continue;
         }
-        const auto next = firstCodePoint(rest_);
+        const CodePoint next = firstCodePoint(rest_);
         if (!next.isValid()) {
             segment_.push_back(broken);
             return;
         }
         const Decomposition decomposed(next.value);
-        for (const CodePoint part : decomposed) segment_.push_back(part);
+        for (const CodePoint::Value part : decomposed) segment_.push_back(part);
         rest_.remove_prefix(next.size);
     }
     if (segment_.size() < 2) return;
@@ -214,60 +206,6 @@ std::size_t lastCharacterSize(std::string_view bytes) noexcept {
     return size;
 }
 
-// In upper-case hexadecimal with at least two digits, in braces after a backslash and the letter.
-void appendBraced(std::string& to, char letter, std::uint32_t value) {
-    constexpr char digits[] = "0123456789ABCDEF";
-    char written[12];
-    char* const end = std::end(written) - 1;
-    char* first = end;
-    *end = '}';
-    do {
-        *--first = digits[value % 16];
-        value /= 16;
-    } while (value != 0 || end - first < 2);
-    *--first = '{';
-    *--first = letter;
-    *--first = '\\';
-    to.append(first, std::end(written));
-}
-
-bool isBidirectionalControl(utf8proc_int32_t c) noexcept {
-    return c == 0x061C || c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E) ||
-           (c >= 0x2066 && c <= 0x2069);
-}
-
-bool mustBeEscaped(utf8proc_int32_t codePoint) noexcept {
-    switch (utf8proc_category(codePoint)) {
-        case UTF8PROC_CATEGORY_CC:
-        case UTF8PROC_CATEGORY_ZL:
-        case UTF8PROC_CATEGORY_ZP:
-            return true;
-        default:
-            return isBidirectionalControl(codePoint);
-    }
-}
-
-const char* shortEscape(utf8proc_int32_t codePoint) noexcept {
-    switch (codePoint) {
-        case '\0':
-            return "\\0";
-        case '\t':
-            return "\\t";
-        case '\n':
-            return "\\n";
-        case '\r':
-            return "\\r";
-        case '"':
-            return "\\\"";
-        case '\'':
-            return "\\'";
-        case '\\':
-            return "\\\\";
-        default:
-            return nullptr;
-    }
-}
-
 }  // namespace
 
 bool isASCII(std::string_view bytes) noexcept {
@@ -279,6 +217,10 @@ bool isASCII(std::string_view bytes) noexcept {
         bytes.remove_prefix(sizeof word);
     }
     return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return isASCII(byte); });
+}
+
+bool isPictograph(CodePoint::Value value) noexcept {
+    return utf8proc_get_property(value)->boundclass == UTF8PROC_BOUNDCLASS_EXTENDED_PICTOGRAPHIC;
 }
 
 Sequence firstSequence(std::string_view bytes) noexcept {
@@ -313,7 +255,7 @@ bool CanonicalComparer::areEquivalent(std::string_view left, std::string_view ri
     left_ = left.substr(begin);
     right_ = right.substr(begin);
     for (;;) {
-        const CanonicalReader::CodePoint next = left_.next();
+        const CodePoint::Value next = left_.next();
         if (next != right_.next() || next == CanonicalReader::broken) return false;
         if (next == CanonicalReader::end) return isUTF8(left.substr(0, begin));
     }
@@ -350,22 +292,6 @@ std::size_t sizeOfLastCharacters(std::string_view bytes, std::size_t count) noex
     std::string_view rest = bytes;
     for (; count > 0 && !rest.empty(); --count) rest.remove_suffix(lastCharacterSize(rest));
     return bytes.size() - rest.size();
-}
-
-void appendEscaped(std::string& to, std::string_view bytes) noexcept {
-    while (!bytes.empty()) {
-        const CodePoint next = firstCodePoint(bytes);
-        if (!next.isValid()) {
-            appendBraced(to, 'x', static_cast<unsigned char>(bytes.front()));
-        } else if (const char* escape = shortEscape(next.value)) {
-            to += escape;
-        } else if (mustBeEscaped(next.value)) {
-            appendBraced(to, 'u', static_cast<std::uint32_t>(next.value));
-        } else {
-            to.append(bytes, 0, next.size);
-        }
-        bytes.remove_prefix(next.size);
-    }
 }
 
 }  // namespace Optrella::Internal

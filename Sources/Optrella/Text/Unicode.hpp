@@ -1,4 +1,4 @@
-// Unicode.hpp - what Unicode says about bytes: equivalence, characters, and how to show them.
+// Unicode.hpp - what Unicode says about bytes: equivalence, and characters.
 //
 // The one place that meets the Unicode library. Works on any bytes: what is not UTF-8 is never
 // repaired. "Character" means a user-perceived one, an extended grapheme cluster; each byte that is
@@ -21,6 +21,21 @@ namespace Optrella::Internal {
 [[nodiscard]] bool isASCII(std::string_view bytes) noexcept;
 [[nodiscard]] bool isUTF8(std::string_view bytes) noexcept;
 
+// The code point that bytes begin with.
+struct CodePoint {
+    using Value = std::int32_t;
+
+    Value value;       // negative for a byte that is not part of UTF-8
+    std::size_t size;  // in bytes
+
+    [[nodiscard]] bool isValid() const noexcept { return value >= 0; }
+};
+// REQUIRES: not empty.
+[[nodiscard]] CodePoint firstCodePoint(std::string_view bytes) noexcept;
+
+// Returns whether an emoji sequence may begin with the code point (Extended_Pictographic).
+[[nodiscard]] bool isPictograph(CodePoint::Value value) noexcept;
+
 // A sequence of bytes: one code point, or a piece of one that is broken.
 struct Sequence {
     std::size_t size;
@@ -38,9 +53,8 @@ struct Sequence {
 // from text to text.
 class CanonicalReader {
 public:
-    using CodePoint = std::int32_t;
-    static constexpr CodePoint end = -1;
-    static constexpr CodePoint broken = -2;  // a byte that is not part of UTF-8
+    static constexpr CodePoint::Value end = -1;
+    static constexpr CodePoint::Value broken = -2;  // a byte that is not part of UTF-8
 
     // Begins to read a text, which must stay where it is.
     CanonicalReader& operator=(std::string_view bytes) noexcept {
@@ -50,14 +64,14 @@ public:
         return *this;
     }
     // Returns the next code point. What comes after `end` and `broken` is of no use.
-    [[nodiscard]] CodePoint next() noexcept;
+    [[nodiscard]] CodePoint::Value next() noexcept;
 
 private:
     void readSegment() noexcept;
 
     std::string_view rest_;
     // What marks are put in order within: up to the next code point that is none.
-    std::vector<CodePoint> segment_;
+    std::vector<CodePoint::Value> segment_;
     std::size_t place_ = 0;
 };
 
@@ -92,11 +106,6 @@ private:
                          static_cast<unsigned char>(bytes[size - 1] | bytes[size - 2]) < 0x80;
     return isPlain ? 1 : sizeOfLastCharacters(bytes, 1);
 }
-
-// Appends the bytes with escapes for what a terminal must not get and for what ends or starts a
-// quotation: \t \n \r \0 \" \' \\, \u{1B} for other control characters, line and paragraph
-// separators and bidirectional controls, \x{FF} for a byte that is not part of UTF-8.
-void appendEscaped(std::string& to, std::string_view bytes) noexcept;
 
 }  // namespace Optrella::Internal
 

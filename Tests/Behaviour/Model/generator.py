@@ -62,12 +62,22 @@ CLUSTERS = (
 ESCAPED = (
     '"', "'", "\\", "\t", "\n", "\r", "\0", "\x01", "\x07", "\x1b", "\x7f", "\x85", "\x9f",
     "\u2028", "\u2029", "\u061c", "\u200e", "\u200f", "\u202a", "\u202e", "\u2066", "\u2069",
+    "\u00ad", "\u034f", "\u115f", "\u180e", "\u200b", "\u200c", "\u200d", "\u2060", "\u2065",
+    "\u206f", "\u3164", "\ufe00", "\ufe0e", "\ufe0f", "\ufeff", "\ufff0", "\ufdd0", "\ufffe",
+    "\U0001d173", "\U000e0001", "\U000e0020", "\U000e007f", "\U000e0100", "\U000e0fff",
+    "\U0010ffff",
+)
+# What keeps its joiners and selectors, and what does not.
+EMOJI = (
+    "\U0001f44d", "\U0001f44d\U0001f3fd", "\u2764\ufe0f", "\u2764", "\u200d", "\ufe0f", "\U0001f3fd",
+    "\u2640\ufe0f", "\U0001f468\u200d", "\u2764\ufe0f\u200d\U0001f525", "1\ufe0f\u20e3", "\u0301",
+    "\ufe0e", "\u00a9", "x",
 )
 # The neighbours of what is escaped stand as they are.
 UNESCAPED = (
-    " ", "~", "\u00a0", "\u00ad", "\u061b", "\u200b", "\u200d", "\u2010", "\u2027", "\u202f",
-    "\u2065", "\u206a", "\u3000", "\ue000", "\ufeff", "\ufff9", "\uffff", "\U000e0001",
-    "\U0010ffff",
+    " ", "~", "\u00a0", "\u00ac", "\u00ae", "\u0600", "\u061b", "\u061d", "\u06dd", "\u200a", "\u2010",
+    "\u2027", "\u202f", "\u2070", "\u3000", "\u3163", "\ue000", "\ufdcf", "\ufdf0", "\ufe10", "\ufff9",
+    "\ufffd", "\U000110bd", "\U000e1000", "\U0010fffd",
 )
 NOT_UTF8 = (
     b"\xff", b"\x80", b"\xc3", b"\xe2\x82", b"\xed\xa0\x80", b"\xf0\x9f\x98", b"\xf4\x90\x80\x80",
@@ -231,7 +241,10 @@ class Generator:
 
     def escaped_text(self):
         return texts.to_json(reread("".join(
-            self.some(1, 4, lambda: self.pick(self.pick(*ESCAPED), self.piece())))))
+            self.some(1, 4, lambda: self.pick(self.pick(*ESCAPED), self.piece(), self.emoji())))))
+
+    def emoji(self):
+        return "".join(self.some(1, 4, lambda: self.pick(*EMOJI)))
 
     def respelled(self, text):
         """The same text, written otherwise where that can be."""

@@ -9,6 +9,8 @@ import os
 import sys
 import unicodedata
 
+import regex
+
 import kinds
 import rules
 import texts
@@ -118,7 +120,10 @@ ERRORS = {
     "dots stay": lambda: setattr(kinds, "without_dot_segments", lambda path: path),
     "tilde escaped": lambda: setattr(
         kinds, "STANDS_IN_A_URL", kinds.STANDS_IN_A_URL - set(b"~")),
-    "direction unescaped": lambda: setattr(texts, "BIDI_CONTROLS", set()),
+    "invisible unescaped": lambda: setattr(texts, "INVISIBLE", regex.compile("(?!)")),
+    "emoji escaped": lambda: setattr(texts, "EMOJI_SEQUENCE", regex.compile("(?!)")),
+    "joiner at an emoji's end": lambda: setattr(
+        texts, "EMOJI_SEQUENCE", regex.compile(texts.EMOJI_SEQUENCE.pattern + r"\u200d?")),
     "U+0085 unescaped": lambda: setattr(
         texts, "must_be_escaped", lambda it: it != "\x85" and ORIGINAL_ESCAPED(it)),
     "any UUID": lambda: setattr(kinds, "is_uuid", lambda text: len(text) == 36),

@@ -8,18 +8,21 @@ Two libraries carry the Unicode data: `unicodedata` (14.0 in Python 3.11) the ca
 equivalence, and the `regex` package (15.0 in Debian 12) the boundaries of characters. The
 generator therefore keeps to characters that 14.0 has. It also keeps off viramas (category Mn
 and combining class 9), because here sources differ: since Unicode 15.1 rule GB9c of UAX 29 holds
-a consonant, a virama and a consonant together, and `regex` as of 2022 does not know it yet.
+a consonant, a virama and a consonant together, and `regex` as of 2022 does not know it yet. Nor
+does it draw pictographs that are no emoji: Unicode 17 has fewer of them.
 """
 
 import unicodedata
 
 import regex
 
-SPECIFIED_ESCAPES = {
+SHORT_ESCAPES = {
     '"': '\\"', "'": "\\'", "\\": "\\\\",
     "\t": "\\t", "\n": "\\n", "\r": "\\r", "\0": "\\0",
 }
-BIDI_CONTROLS = {0x061C, 0x200E, 0x200F, *range(0x202A, 0x202F), *range(0x2066, 0x206A)}
+INVISIBLE = regex.compile(r"\p{Default_Ignorable_Code_Point}|\p{Noncharacter_Code_Point}")
+EMOJI_SEQUENCE = regex.compile(r"LOOK(?:\u200dLOOK)*".replace(
+    "LOOK", r"\p{Extended_Pictographic}[\ufe0f\U0001f3fb-\U0001f3ff]?"))
 
 
 def from_bytes(data):
@@ -71,12 +74,18 @@ def without_last_characters(text, count):
 
 
 def rendered(text):
-    return '"' + "".join(map(rendered_code_point, text)) + '"'
+    """Within an emoji sequence nothing invisible is without an effect."""
+    pieces, end = [], 0
+    for emoji in EMOJI_SEQUENCE.finditer(text):
+        pieces += [*map(rendered_code_point, text[end:emoji.start()]), emoji[0]]
+        end = emoji.end()
+    pieces += map(rendered_code_point, text[end:])
+    return '"' + "".join(pieces) + '"'
 
 
 def rendered_code_point(character):
-    if character in SPECIFIED_ESCAPES:
-        return SPECIFIED_ESCAPES[character]
+    if character in SHORT_ESCAPES:
+        return SHORT_ESCAPES[character]
     if is_stray_byte(character):
         return f"\\x{{{ord(character) - 0xDC00:02X}}}"
     if must_be_escaped(character):
@@ -85,7 +94,8 @@ def rendered_code_point(character):
 
 
 def must_be_escaped(character):
-    return unicodedata.category(character) in ("Cc", "Zl", "Zp") or ord(character) in BIDI_CONTROLS
+    return (unicodedata.category(character) in ("Cc", "Zl", "Zp")
+            or INVISIBLE.match(character) is not None)
 
 
 def rendered_list(texts):

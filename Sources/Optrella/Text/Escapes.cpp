@@ -1,0 +1,130 @@
+#include "Optrella/Text/Escapes.hpp"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
+#include "Optrella/Text/Unicode.hpp"
+
+namespace Optrella::Internal {
+
+namespace {
+
+constexpr CodePoint::Value zeroWidthJoiner = 0x200D;
+constexpr CodePoint::Value emojiSelector = 0xFE0F;
+
+// In upper-case hexadecimal with at least two digits, in braces after a backslash and the letter.
+void appendBraced(std::string& to, char letter, std::uint32_t value) {
+    constexpr char digits[] = "0123456789ABCDEF";
+    char written[12];
+    char* const end = std::end(written) - 1;
+    char* first = end;
+    *end = '}';
+    do {
+        *--first = digits[value % 16];
+        value /= 16;
+    } while (value != 0 || end - first < 2);
+    *--first = '{';
+    *--first = letter;
+    *--first = '\\';
+    to.append(first, std::end(written));
+}
+
+struct Range {
+    CodePoint::Value first, last;
+};
+
+// Default_Ignorable_Code_Point, with what is reserved for more of them: a terminal shows nothing of
+// these whether its Unicode is older or newer than ours, hence no table of a version.
+constexpr Range ignorable[] = {
+    {0x00AD, 0x00AD},   {0x034F, 0x034F},   {0x061C, 0x061C},   {0x115F, 0x1160},
+    {0x17B4, 0x17B5},   {0x180B, 0x180F},   {0x200B, 0x200F},   {0x202A, 0x202E},
+    {0x2060, 0x206F},   {0x3164, 0x3164},   {0xFE00, 0xFE0F},   {0xFEFF, 0xFEFF},
+    {0xFFA0, 0xFFA0},   {0xFFF0, 0xFFF8},   {0x1BCA0, 0x1BCA3}, {0x1D173, 0x1D17A},
+    {0xE0000, 0xE0FFF},
+};
+
+bool isIgnorable(CodePoint::Value c) noexcept {
+    return std::any_of(std::begin(ignorable), std::end(ignorable),
+                       [c](Range range) { return c >= range.first && c <= range.last; });
+}
+
+bool isNoncharacter(CodePoint::Value c) noexcept {
+    return (c >= 0xFDD0 && c <= 0xFDEF) || (c & 0xFFFE) == 0xFFFE;
+}
+
+bool isControl(CodePoint::Value c) noexcept {
+    const bool isSeparator = c == 0x2028 || c == 0x2029;
+    return c < 0x20 || (c >= 0x7F && c <= 0x9F) || isSeparator;
+}
+
+bool isSkinTone(CodePoint::Value c) noexcept { return c >= 0x1F3FB && c <= 0x1F3FF; }
+
+const char* shortEscape(CodePoint::Value c) noexcept {
+    switch (c) {
+        case '\0':
+            return "\\0";
+        case '\t':
+            return "\\t";
+        case '\n':
+            return "\\n";
+        case '\r':
+            return "\\r";
+        case '"':
+            return "\\\"";
+        case '\'':
+            return "\\'";
+        case '\\':
+            return "\\\\";
+        default:
+            return nullptr;
+    }
+}
+
+// Follows a text through its emoji sequences: a pictograph, a skin tone or the selector of colours
+// after it, and then a joiner and the next one.
+class EmojiSequence {
+public:
+    // Takes the next code point. Returns whether it is a selector or a joiner with an effect.
+    bool continues(CodePoint::Value c, std::string_view rest) noexcept {
+        const Place before = place_;
+        if (isPictograph(c)) {
+            place_ = afterPictograph;
+        } else if (before == afterPictograph && (isSkinTone(c) || c == emojiSelector)) {
+            place_ = afterItsLook;
+        } else {
+            place_ = outside;
+        }
+        if (c == emojiSelector) return before == afterPictograph;
+        return c == zeroWidthJoiner && before != outside && !rest.empty() &&
+               isPictograph(firstCodePoint(rest).value);
+    }
+
+private:
+    enum Place { outside, afterPictograph, afterItsLook };
+    Place place_ = outside;
+};
+
+}  // namespace
+
+void appendEscaped(std::string& to, std::string_view bytes) noexcept {
+    EmojiSequence emoji;
+    while (!bytes.empty()) {
+        const CodePoint next = firstCodePoint(bytes);
+        const std::string_view written = bytes.substr(0, next.size);
+        bytes.remove_prefix(next.size);
+        const bool isEmoji = emoji.continues(next.value, bytes);
+        if (!next.isValid()) {
+            appendBraced(to, 'x', static_cast<unsigned char>(written.front()));
+        } else if (const char* escape = shortEscape(next.value)) {
+            to += escape;
+        } else if (isControl(next.value) || isNoncharacter(next.value) ||
+                   (isIgnorable(next.value) && !isEmoji)) {
+            appendBraced(to, 'u', static_cast<std::uint32_t>(next.value));
+        } else {
+            to += written;
+        }
+    }
+}
+
+}  // namespace Optrella::Internal
