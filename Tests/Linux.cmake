@@ -7,8 +7,8 @@ set_tests_properties(directories-tests PROPERTIES LABELS once SKIP_RETURN_CODE 7
 optrella_script(system-tests Platform/SystemTests.py
   $<TARGET_FILE:Optrella> ${OPTRELLA_SYSTEM} ${CMAKE_COMMAND})
 
-optrella_test(standard-error-tests
-  SOURCES Platform/StandardErrorTests.cpp
+optrella_test(standard-streams-tests
+  SOURCES Platform/StandardStreamsTests.cpp
   LIBRARIES Optrella::Optrella)
 
 # The password check, with PAM's calls and the heap in the tests' hands, and on stacks of their own.

@@ -6,7 +6,7 @@
 #include "Optrella/CommandLineExitStatus/LogSubsystem.hpp"
 #include "Optrella/Platform/Log.hpp"
 #include "Optrella/Platform/Process.hpp"
-#include "Optrella/Platform/StandardError.hpp"
+#include "Optrella/Platform/StandardStreams.hpp"
 
 namespace Optrella {
 

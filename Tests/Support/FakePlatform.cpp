@@ -1,5 +1,6 @@
 #include "FakePlatform.hpp"
 
+#include <cstdio>
 #include <thread>
 
 #include "Optrella/Platform/ChildProcess.hpp"
@@ -9,7 +10,7 @@
 #include "Optrella/Platform/Log.hpp"
 #include "Optrella/Platform/PasswordCheck.hpp"
 #include "Optrella/Platform/Process.hpp"
-#include "Optrella/Platform/StandardError.hpp"
+#include "Optrella/Platform/StandardStreams.hpp"
 #include "Optrella/Platform/StartArguments.hpp"
 #include "Optrella/Platform/Terminal.hpp"
 #include "Optrella/Platform/Worker.hpp"
@@ -94,6 +95,11 @@ std::optional<std::string> bundleIdentifier() {
 
 void writeStandardError(std::string_view bytes) noexcept {
     platform().errorWrites.emplace_back(bytes);
+}
+
+void writeStandardOutput(std::string_view bytes) noexcept {
+    std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+    std::fflush(stdout);
 }
 
 bool runOnWorker(void (*work)(void* context), void* context) {

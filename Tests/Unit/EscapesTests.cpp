@@ -92,13 +92,15 @@ TEST(Escapes, LeaveVisiblePrivateAndUnassignedCharactersInALongerText) {
 
 TEST(Escapes, LeaveJoinersAndSelectorsWithinEmoji) {
     for (const std::string_view emoji : {
-             "\u2764\uFE0F",                                            // a red heart
-             "\U0001F468\u200D\U0001F469\u200D\U0001F467",              // a family
-             "\U0001F3F3\uFE0F\u200D\U0001F308",                        // a flag of colours
-             "\U0001F469\U0001F3FD\u200D\U0001F4BB",                    // at the computer
-             "\u2764\uFE0F\u200D\U0001F525",                            // a burning heart
-             "\U0001F575\uFE0F\u200D\u2642\uFE0F",                      // both ends dressed
-             "\U0001F44D\U0001F3FD", "\U0001F1E9\U0001F1EA", "\u00A9\uFE0F",
+             "\u2764\uFE0F",                                // a red heart
+             "\U0001F468\u200D\U0001F469\u200D\U0001F467",  // a family
+             "\U0001F3F3\uFE0F\u200D\U0001F308",            // a flag of colours
+             "\U0001F469\U0001F3FD\u200D\U0001F4BB",        // at the computer
+             "\u2764\uFE0F\u200D\U0001F525",                // a burning heart
+             "\U0001F575\uFE0F\u200D\u2642\uFE0F",          // both ends dressed
+             "\U0001F44D\U0001F3FD",
+             "\U0001F1E9\U0001F1EA",
+             "\u00A9\uFE0F",
          }) {
         EXPECT_EQ(escaped(emoji), emoji);
     }

@@ -96,7 +96,6 @@ void OutputRelay::handle(std::string_view block) {
     }
     // Every block gets a line end of its own, whether it has one already or not.
     Internal::printLine({block});
-    Internal::flushPrinted();
 }
 
 std::optional<std::string_view> removeFirstLine(std::string_view string) noexcept {

@@ -8,10 +8,10 @@
 
 namespace Optrella::Internal {
 
-// One command of the listing. It is printed when all of it is known, or before the process stops.
+// The listing, printed when all of it is known, or before the process stops.
 struct Listing {
     StringBuilder text;
-    StringBuilder descriptions;  // stand after the synopses
+    StringBuilder descriptions;  // of one command: they stand after its synopses
 };
 
 // Lists the synopsis of each parameter with a space after it, and its description.

@@ -1,14 +1,11 @@
 #include "Optrella/Text/Print.hpp"
 
-#include <cstdio>
-
+#include "Optrella/Platform/StandardStreams.hpp"
 #include "Optrella/Text/StringBuilder.hpp"
 
 namespace Optrella::Internal {
 
-void print(std::string_view text) noexcept {
-    if (!text.empty()) static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
-}
+void print(std::string_view text) noexcept { Platform::writeStandardOutput(text); }
 
 void printLine(std::initializer_list<std::string_view> pieces) noexcept {
     StringBuilder line;
@@ -16,7 +13,5 @@ void printLine(std::initializer_list<std::string_view> pieces) noexcept {
     line.append("\n");
     print(line);
 }
-
-void flushPrinted() noexcept { static_cast<void>(std::fflush(stdout)); }
 
 }  // namespace Optrella::Internal

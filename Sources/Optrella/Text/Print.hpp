@@ -1,7 +1,4 @@
-// Print.hpp - the ordinary print facility: standard output, one write of C's `stdout` each.
-//
-// So the library's lines keep their order with what a tool prints by printf or std::cout, and lines
-// of several threads do not run into one another.
+// Print.hpp - the ordinary print facility: standard output, each text in one piece and at once.
 
 #ifndef OPTRELLA_TEXT_PRINT_HPP
 #define OPTRELLA_TEXT_PRINT_HPP
@@ -16,9 +13,6 @@ void print(std::string_view text) noexcept;
 
 // Prints the pieces and a line end.
 void printLine(std::initializer_list<std::string_view> pieces) noexcept;
-
-// Hands on what has been printed so far, whatever standard output is.
-void flushPrinted() noexcept;
 
 }  // namespace Optrella::Internal
 

@@ -1,4 +1,4 @@
-// What outputErrorMessage does to descriptor 2, write by write.
+// What the library does to descriptors 1 and 2, write by write.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -12,6 +12,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cwchar>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -19,6 +20,8 @@
 
 #include "Child.hpp"
 #include "Optrella/CommandLineExitStatus.hpp"
+#include "Optrella/Help.hpp"
+#include "Optrella/Parameters.hpp"
 
 namespace {
 
@@ -147,63 +150,203 @@ void interruptForEver() {
     ::setitimer(ITIMER_REAL, &everyMillisecond, nullptr);
 }
 
-TEST(ErrorMessage, IsCompleteInSpiteOfSignalsAndASlowReader) {
-    std::string message;
-    while (message.size() < (1 << 20)) message += std::to_string(message.size()) + ' ';
-    int pipe[2];
-    ASSERT_EQ(::pipe(pipe), 0);
-    ::fcntl(pipe[1], F_SETPIPE_SZ, 4096);
-    const pid_t child = Tests::started([&] {
-        ::close(pipe[0]);
-        ::dup2(pipe[1], STDERR_FILENO);
-        interruptForEver();
-        outputErrorMessage(Text(message));
-        return (writesCutShort > 0 ? 0 : 1) + (writesInterrupted > 0 ? 0 : 2);
-    });
-    ::close(pipe[1]);
-
-    // First the child fills the pipe and is interrupted with nothing written, then it writes in
-    // pieces.
-    std::this_thread::sleep_for(20ms);
+// Reads all that comes, with pauses, so that the writer must wait.
+std::string readSlowly(int descriptor) {
     std::string received;
     std::string buffer(4096, '\0');
     for (;;) {
-        const ssize_t size = ::read(pipe[0], buffer.data(), buffer.size());
-        if (size <= 0) break;
+        const ssize_t size = ::read(descriptor, buffer.data(), buffer.size());
+        if (size <= 0) return received;
         received.append(buffer, 0, static_cast<std::size_t>(size));
         if (received.size() % 65536 < 4096) std::this_thread::sleep_for(2ms);
     }
+}
+
+struct Received {
+    std::string bytes;
+    int status;  // the child's
+};
+
+// What arrives of what a child writes to the descriptor, which is a small pipe with a slow reader.
+// The child fills the pipe first and is held up with nothing written, then it writes in pieces.
+template <class Code>
+Received receivedSlowly(int descriptor, Code code) {
+    int pipe[2];
+    if (::pipe(pipe) != 0) return {{}, -1};
+    ::fcntl(pipe[1], F_SETPIPE_SZ, 4096);
+    const pid_t child = Tests::started([&] {
+        ::close(pipe[0]);
+        ::dup2(pipe[1], descriptor);
+        return code();
+    });
+    ::close(pipe[1]);
+    std::this_thread::sleep_for(20ms);
+    std::string bytes = readSlowly(pipe[0]);
     ::close(pipe[0]);
-    const int status = Tests::waited(child);
-    EXPECT_TRUE(WIFEXITED(status));
-    // 1: no write was cut short, 2: none was interrupted; then this has proved nothing.
-    EXPECT_EQ(WEXITSTATUS(status), 0);
-    EXPECT_TRUE(received == message + "\n") << received.size() << " bytes";
+    return {std::move(bytes), Tests::waited(child)};
+}
+
+// 1: no write was cut short, 2: none was interrupted; then the test has proved nothing.
+int proofOfInterruption() { return (writesCutShort > 0 ? 0 : 1) + (writesInterrupted > 0 ? 0 : 2); }
+
+std::string longText() {
+    std::string text;
+    while (text.size() < (1 << 20)) text += std::to_string(text.size()) + ' ';
+    return text;
+}
+
+TEST(ErrorMessage, IsCompleteInSpiteOfSignalsAndASlowReader) {
+    const std::string message = longText();
+    const Received received = receivedSlowly(STDERR_FILENO, [&] {
+        interruptForEver();
+        outputErrorMessage(Text(message));
+        return proofOfInterruption();
+    });
+    EXPECT_EQ(received.status, 0);
+    EXPECT_TRUE(received.bytes == message + "\n") << received.bytes.size() << " bytes";
 }
 
 TEST(ErrorMessage, IsCompleteInAPipeThatMayNotWait) {
-    const std::string message((1 << 20) + 1, 'x');
-    int pipe[2];
-    ASSERT_EQ(::pipe(pipe), 0);
-    const pid_t child = Tests::started([&] {
-        ::close(pipe[0]);
-        ::dup2(pipe[1], STDERR_FILENO);
+    const std::string message = longText();
+    const Received received = receivedSlowly(STDERR_FILENO, [&] {
         ::fcntl(STDERR_FILENO, F_SETFL, O_NONBLOCK);
         outputErrorMessage(Text(message));
         return 0;
     });
-    ::close(pipe[1]);
-    std::this_thread::sleep_for(50ms);
-    std::string received;
-    std::string buffer(1 << 16, '\0');
-    for (;;) {
-        const ssize_t size = ::read(pipe[0], buffer.data(), buffer.size());
-        if (size <= 0) break;
-        received.append(buffer, 0, static_cast<std::size_t>(size));
-    }
-    ::close(pipe[0]);
-    EXPECT_EQ(Tests::waited(child), 0);
-    EXPECT_TRUE(received == message + "\n") << received.size() << " bytes";
+    EXPECT_EQ(received.status, 0);
+    EXPECT_TRUE(received.bytes == message + "\n") << received.bytes.size() << " bytes";
+}
+
+// ---- Standard output ----
+
+void printHelp(const std::string& text) {
+    const CommandLinePossibility list(false, {ParameterNone({"list"}, "")}, {}, Text(text), false,
+                                      [](const auto&) {});
+    displayHelp({list});
+}
+
+std::string expectedHelp(const std::string& text) { return "\nlist \n  " + text + " \n\n"; }
+
+TEST(PrintedText, IsCompleteInSpiteOfSignalsAndASlowReader) {
+    const std::string text = longText();
+    const Received received = receivedSlowly(STDOUT_FILENO, [&] {
+        interruptForEver();
+        printHelp(text);
+        return proofOfInterruption();
+    });
+    EXPECT_EQ(received.status, 0);
+    EXPECT_TRUE(received.bytes == expectedHelp(text)) << received.bytes.size() << " bytes";
+}
+
+TEST(PrintedText, IsCompleteInAPipeThatMayNotWait) {
+    const std::string text = longText();
+    const Received received = receivedSlowly(STDOUT_FILENO, [&] {
+        ::fcntl(STDOUT_FILENO, F_SETFL, O_NONBLOCK);
+        printHelp(text);
+        return 0;
+    });
+    EXPECT_EQ(received.status, 0);
+    EXPECT_TRUE(received.bytes == expectedHelp(text)) << received.bytes.size() << " bytes";
+}
+
+TEST(PrintedText, IsInOnePieceWhileAnotherThreadPrints) {
+    const std::string text = longText();
+    const Received received = receivedSlowly(STDOUT_FILENO, [&] {
+        std::atomic<bool> isDone{false};
+        std::thread other([&isDone] {
+            while (!isDone) {
+                std::puts("!");
+                std::fflush(stdout);
+            }
+        });
+        printHelp(text);
+        isDone = true;
+        other.join();
+        return 0;
+    });
+    EXPECT_EQ(received.status, 0);
+    EXPECT_NE(received.bytes.find(expectedHelp(text)), std::string::npos);
+    EXPECT_NE(received.bytes.find('!'), std::string::npos);
+}
+
+// What the code prints, which ends without a flush of its own.
+template <class Code>
+Writes outputOf(Code code) {
+    int output[2];
+    if (::socketpair(AF_UNIX, SOCK_DGRAM, 0, output) != 0) return {"no sockets"};
+    EXPECT_EQ(Tests::exitCodeOf([&] {
+                  ::dup2(output[1], STDOUT_FILENO);
+                  code();
+                  ::_exit(0);
+                  return 1;
+              }),
+              0);
+    Writes writes = packetsIn(output[0]);
+    for (const int socket : {output[0], output[1]}) ::close(socket);
+    return writes;
+}
+
+TEST(PrintedText, IsOneWriteAndHandedOnAtOnce) {
+    EXPECT_EQ(outputOf([] { printHelp("Lists."); }), Writes{expectedHelp("Lists.")});
+}
+
+TEST(PrintedText, ComesAfterWhatTheToolHasPrintedAndBeforeWhatItPrintsNext) {
+    EXPECT_EQ(outputOf([] {
+                  std::printf("before");
+                  printHelp("Lists.");
+                  std::printf("after");
+                  std::fflush(stdout);
+              }),
+              (Writes{"before", expectedHelp("Lists."), "after"}));
+}
+
+TEST(PrintedText, ArrivesOnAWideStandardOutput) {
+    EXPECT_EQ(outputOf([] {
+                  stdout = ::fdopen(STDOUT_FILENO, "w");  // the test's own has printed bytes
+                  std::wprintf(L"before");
+                  printHelp("Lists.");
+              }),
+              (Writes{"before", expectedHelp("Lists.")}));
+}
+
+TEST(PrintedText, ArrivesInOneWriteOnAStandardOutputWithoutABuffer) {
+    EXPECT_EQ(outputOf([] {
+                  std::setvbuf(stdout, nullptr, _IONBF, 0);
+                  printHelp("Lists.");
+              }),
+              Writes{expectedHelp("Lists.")});
+}
+
+TEST(PrintedText, ArrivesOnAStandardOutputInMemory) {
+    EXPECT_EQ(Tests::exitCodeOf([] {
+                  char* bytes = nullptr;
+                  std::size_t size = 0;
+                  stdout = ::open_memstream(&bytes, &size);
+                  printHelp("Lists.");
+                  return std::string_view(bytes, size) == expectedHelp("Lists.") ? 0 : 1;
+              }),
+              0);
+}
+
+TEST(PrintedText, IsLostSilentlyWithoutDescriptorOne) {
+    EXPECT_EQ(Tests::exitCodeOf([] {
+                  ::close(STDOUT_FILENO);
+                  printHelp("Lists.");
+                  return 0;
+              }),
+              0);
+}
+
+TEST(PrintedText, IsLostSilentlyOnAFullDevice) {
+    const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+    if (full < 0) GTEST_SKIP() << "no /dev/full";
+    EXPECT_EQ(Tests::exitCodeOf([&] {
+                  ::dup2(full, STDOUT_FILENO);
+                  printHelp("Lists.");
+                  return 0;
+              }),
+              0);
+    ::close(full);
 }
 
 // ---- A descriptor that takes nothing ----
