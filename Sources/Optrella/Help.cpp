@@ -21,7 +21,7 @@ void appendHelpLine(StringBuilder& text, const CommandLinePossibility& possibili
     text.append("\n");
 }
 
-// Shows what was listed before the parameter that cannot be.
+// Shows what of a command was listed before the parameter that cannot be.
 [[noreturn]] void stopAfter(const Listing& listing) {
     Internal::print(listing.text);
     Internal::fatalStop();
@@ -82,17 +82,18 @@ void displayHelpParameters(Listing& listing, KeptList list, bool optional) {
 }  // namespace Internal
 
 void displayHelp(CommandList commandList) noexcept {
+    Internal::print("\n");
     Listing listing;
-    listing.text.append("\n");
     for (const CommandLinePossibility& possibility : commandList) {
         if (Declaration::hidden(possibility)) continue;
         Internal::displayHelpParameters(listing, Declaration::required(possibility), false);
         Internal::displayHelpParameters(listing, Declaration::optional(possibility), true);
         appendHelpLine(listing.text, possibility);
         listing.text.append(listing.descriptions, "\n");
+        Internal::print(listing.text);
+        listing.text.clear();
         listing.descriptions.clear();
     }
-    Internal::print(listing.text);
 }
 
 }  // namespace Optrella

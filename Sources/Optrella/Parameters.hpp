@@ -121,7 +121,7 @@ public:
     // Lists a named array: views it where the compiler makes the list, which takes a constexpr
     // array that lives as long as the process, and copies it everywhere else.
     template <std::size_t N>
-    constexpr ListOptions(const ParameterNone (&options)[N]) : size_(N) {
+    constexpr ListOptions(const ParameterNone (&options)[N]) noexcept : size_(N) {
         if (std::is_constant_evaluated()) {
             first_ = options;
             // Only what is constant can be read.
@@ -131,14 +131,14 @@ public:
         }
     }
     // List copies of flags.
-    ListOptions(std::span<const ParameterNone> options);
-    ListOptions(const std::vector<ParameterNone>& options);
+    ListOptions(std::span<const ParameterNone> options) noexcept;
+    ListOptions(const std::vector<ParameterNone>& options) noexcept;
     // List those in braces, not where the compiler makes the list: flags, or choices without a help
     // text of their own, {"name", "date"}.
-    constexpr ListOptions(std::initializer_list<ParameterNone> options) {
+    constexpr ListOptions(std::initializer_list<ParameterNone> options) noexcept {
         if (Internal::isMadeAtRunTime(options.size())) copyList(options);
     }
-    constexpr ListOptions(std::initializer_list<Text> firstTags) {
+    constexpr ListOptions(std::initializer_list<Text> firstTags) noexcept {
         if (Internal::isMadeAtRunTime(firstTags.size())) copyList(firstTags);
     }
 
@@ -174,9 +174,9 @@ private:
         std::swap(isShared_, other.isShared_);
     }
     template <class Source>
-    void copy(std::span<const Source> sources);
-    void copyList(std::initializer_list<ParameterNone> options);
-    void copyList(std::initializer_list<Text> firstTags);
+    void copy(std::span<const Source> sources) noexcept;
+    void copyList(std::initializer_list<ParameterNone> options) noexcept;
+    void copyList(std::initializer_list<Text> firstTags) noexcept;
     void retain() const noexcept;
     void release() noexcept;
 
@@ -203,10 +203,10 @@ struct OPTRELLA_API ParameterList final : Internal::BuiltInKind<ParameterList> {
 
     // Returns a message with the stored word and all choices, or nothing when the word is a choice.
     // STOPS the process when it reaches an option without tags.
-    [[nodiscard]] std::optional<Text> validate() const;
+    [[nodiscard]] std::optional<Text> validate() const noexcept;
     // Returns the first option whose first tag is the stored word.
     // STOPS the process when there is none, or at an option without tags before it.
-    [[nodiscard]] ParameterNone getValue() const;
+    [[nodiscard]] ParameterNone getValue() const noexcept;
 
 private:
     ListOptions validOptions_;
@@ -242,9 +242,9 @@ struct OPTRELLA_API ParameterFileURL final : Internal::BuiltInKind<ParameterFile
     // Returns that the path does not exist, or must not, or nothing when it is as declared. Asks
     // the file system once for `exist` and `absent`, not at all for `vague`; the path is taken
     // exactly as it was typed. STOPS the process when `state` is no case.
-    [[nodiscard]] std::optional<Text> validate() const;
+    [[nodiscard]] std::optional<Text> validate() const noexcept;
     // Returns FileURL::fromPath of the stored text; tests nothing.
-    [[nodiscard]] FileURL getValue() const;
+    [[nodiscard]] FileURL getValue() const noexcept;
 };
 
 // Returns the text of a case: rawValue(existState::absent) == "absent". STOPS the process when the

@@ -3,7 +3,8 @@
 // A text from a literal views it: nothing is allocated, nothing is copied, the compiler does the
 // work. A text from anything else owns its bytes, and copies of it share them. Bytes that are not
 // UTF-8 are kept as they came. Copying and reading a text is safe on any thread; one that is being
-// changed belongs to one thread. No operation here prints, throws or keeps state between calls.
+// changed belongs to one thread. No operation here prints, throws or keeps state between calls:
+// lack of memory STOPS the process.
 
 #ifndef OPTRELLA_TEXT_HPP
 #define OPTRELLA_TEXT_HPP
@@ -45,16 +46,16 @@ public:
     // clang 14 without optimisation emits the constructor above, too.
     template <std::size_t N>
     requires Internal::AnyLength<N>
-    [[gnu::abi_tag("copied")]] explicit Text(const char (&array)[N])
+    [[gnu::abi_tag("copied")]] explicit Text(const char (&array)[N]) noexcept
         : Text(Internal::viewOf(array), copyOf) {}
 
     // Copies a buffer up to its first NUL.
     template <std::size_t N>
-    Text(char (&buffer)[N]) : Text(Internal::viewOf(buffer), copyOf) {}
+    Text(char (&buffer)[N]) noexcept : Text(Internal::viewOf(buffer), copyOf) {}
 
     // Copies the bytes. STOPS the process when `source` is a null pointer.
     template <Internal::TextSource S>
-    Text(const S& source) : Text(Internal::viewOf(source), copyOf) {}
+    Text(const S& source) noexcept : Text(Internal::viewOf(source), copyOf) {}
 
     // A null pointer is no text.
     Text(std::nullptr_t) = delete;
@@ -73,7 +74,7 @@ public:
     }
     // Copies an array, which a template may have handed on.
     template <std::size_t N>
-    Text& operator=(const char (&array)[N]) {
+    Text& operator=(const char (&array)[N]) noexcept {
         return *this = Text(array);
     }
     constexpr ~Text() {
@@ -89,7 +90,7 @@ public:
     }
     // Returns a copy. Include the header "string" to use it; this one leaves it out, because it
     // would cost every including file.
-    [[nodiscard]] std::string str() const;
+    [[nodiscard]] std::string str() const noexcept;
 
     // Returns the number of bytes, and whether there are none.
     [[nodiscard]] constexpr std::size_t size() const noexcept { return digest_.size(); }
@@ -123,7 +124,7 @@ private:
     friend class Internal::TextDigest;
 
     enum CopyOf { copyOf };
-    Text(std::string_view bytes, CopyOf);
+    Text(std::string_view bytes, CopyOf) noexcept;
     // Copies the bytes into a block, to the place that has room for them.
     inline Text(void* block, char* place, std::string_view bytes) noexcept;
 

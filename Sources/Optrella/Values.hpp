@@ -1,7 +1,7 @@
 // Values.hpp - the values that fetch operations hand out beside texts and numbers.
 //
 // Both are plain values: copy them, compare them, keep them in a set. Nothing here prints or
-// throws.
+// throws: lack of memory STOPS the process.
 
 #ifndef OPTRELLA_VALUES_HPP
 #define OPTRELLA_VALUES_HPP

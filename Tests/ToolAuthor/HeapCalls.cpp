@@ -7,10 +7,11 @@
 namespace {
 
 thread_local long calls = 0;
+thread_local bool isOutOfMemory = false;
 
 void* counted(std::size_t size) noexcept {
     ++calls;
-    return std::malloc(size == 0 ? 1 : size);
+    return isOutOfMemory ? nullptr : std::malloc(size == 0 ? 1 : size);
 }
 void* countedOrThrow(std::size_t size) {
     if (void* memory = counted(size)) return memory;
@@ -20,6 +21,7 @@ void* countedOrThrow(std::size_t size) {
 }  // namespace
 
 long heapCalls() noexcept { return calls; }
+void failHeapCalls() noexcept { isOutOfMemory = true; }
 
 // All but the aligned forms: the sanitizers' own would not call the first of these.
 void* operator new(std::size_t size) { return countedOrThrow(size); }

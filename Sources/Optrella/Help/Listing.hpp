@@ -8,10 +8,10 @@
 
 namespace Optrella::Internal {
 
-// The listing, printed when all of it is known, or before the process stops.
+// One command of the listing. It is printed when all of it is known, or before the process stops.
 struct Listing {
     StringBuilder text;
-    StringBuilder descriptions;  // of one command: they stand after its synopses
+    StringBuilder descriptions;  // stand after the synopses
 };
 
 // Lists the synopsis of each parameter with a space after it, and its description.

@@ -22,7 +22,7 @@ Block* blockOf(const ParameterNone* first) noexcept {
 void Internal::constantListTakesANamedArrayOfChoices() noexcept { fatalStop(); }
 
 template <class Source>
-void ListOptions::copy(std::span<const Source> sources) {
+void ListOptions::copy(std::span<const Source> sources) noexcept {
     if (sources.empty()) return;
     void* room = ::operator new(sizeof(Block) + sources.size() * sizeof(ParameterNone));
     auto* options = reinterpret_cast<ParameterNone*>(::new (room) Block{} + 1);
@@ -38,12 +38,14 @@ void ListOptions::copy(std::span<const Source> sources) {
     }
 }
 
-ListOptions::ListOptions(std::span<const ParameterNone> options) { copy(options); }
-void ListOptions::copyList(std::initializer_list<ParameterNone> options) {
+ListOptions::ListOptions(std::span<const ParameterNone> options) noexcept { copy(options); }
+void ListOptions::copyList(std::initializer_list<ParameterNone> options) noexcept {
     copy(std::span(options.begin(), options.size()));
 }
-ListOptions::ListOptions(const std::vector<ParameterNone>& options) { copy(std::span(options)); }
-void ListOptions::copyList(std::initializer_list<Text> firstTags) {
+ListOptions::ListOptions(const std::vector<ParameterNone>& options) noexcept {
+    copy(std::span(options));
+}
+void ListOptions::copyList(std::initializer_list<Text> firstTags) noexcept {
     copy(std::span(firstTags.begin(), firstTags.size()));
 }
 

@@ -31,7 +31,7 @@ std::optional<Case> caseOf(const Text& text, std::initializer_list<Case> cases) 
 
 }  // namespace
 
-std::optional<Text> ParameterFileURL::validate() const {
+std::optional<Text> ParameterFileURL::validate() const noexcept {
     switch (state) {
         case existState::exist:
             if (fileExists(common.userValue)) return std::nullopt;
@@ -45,7 +45,7 @@ std::optional<Text> ParameterFileURL::validate() const {
     Internal::fatalStop();
 }
 
-FileURL ParameterFileURL::getValue() const { return FileURL::fromPath(common.userValue); }
+FileURL ParameterFileURL::getValue() const noexcept { return FileURL::fromPath(common.userValue); }
 
 Text rawValue(ParameterFileURL::urlType type) noexcept {
     switch (type) {

@@ -4,7 +4,7 @@
 
 namespace Optrella {
 
-std::optional<Text> ParameterList::validate() const {
+std::optional<Text> ParameterList::validate() const noexcept {
     for (const ParameterNone& option : validOptions_) {
         if (option.firstTag() == common.userValue) return std::nullopt;
     }
@@ -16,7 +16,7 @@ std::optional<Text> ParameterList::validate() const {
     return Text(message);
 }
 
-ParameterNone ParameterList::getValue() const {
+ParameterNone ParameterList::getValue() const noexcept {
     for (const ParameterNone& option : validOptions_) {
         if (option.firstTag() == common.userValue) return option;
     }

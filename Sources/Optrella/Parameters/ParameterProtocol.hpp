@@ -28,14 +28,14 @@ public:
     // Constrained by no more than a `common`: what is wrong with a kind is said by name, where a
     // list in braces would hide it.
     template <class Source, Internal::NamesCommon Kind = std::remove_cvref_t<Source>>
-    ParameterProtocol(Source&& kind);
+    ParameterProtocol(Source&& kind) noexcept;
 
     // What has no `common` is no parameter.
     template <class Source, Internal::NoParameterKind = std::remove_cvref_t<Source>>
     ParameterProtocol(Source&& kindWithoutCommon) = delete;
 
     // Copy, move and destroy the held parameter.
-    ParameterProtocol(const ParameterProtocol& other) : ParameterProtocol(other.view()) {}
+    ParameterProtocol(const ParameterProtocol& other) noexcept : ParameterProtocol(other.view()) {}
     ParameterProtocol(ParameterProtocol&& other) noexcept : operations_(other.operations_) {
         takeFrom(other);
     }
@@ -48,7 +48,7 @@ public:
     ~ParameterProtocol() { destroy(); }
 
     // Copies a parameter that somebody else holds; views the held one.
-    explicit ParameterProtocol(Internal::ParameterView parameter)
+    explicit ParameterProtocol(Internal::ParameterView parameter) noexcept
         : operations_(&parameter.operations()),
           common_(operations_->copy(parameter.common(), place())) {}
     [[nodiscard]] Internal::ParameterView view() const noexcept { return {*operations_, *common_}; }
@@ -75,7 +75,7 @@ public:
     }
 
     // Returns the primary tag. STOPS the process when there are no tags.
-    [[nodiscard]] const Text& firstTag() const { return common().tags.front(); }
+    [[nodiscard]] const Text& firstTag() const noexcept { return common().tags.front(); }
 
     // Returns the held parameter, or null when it is of another kind.
     template <class Kind>
@@ -138,7 +138,8 @@ struct OPTRELLA_API BuiltInKind : ParameterDefaults<Kind> {
 }  // namespace Internal
 
 template <class Source, Internal::NamesCommon Kind>
-ParameterProtocol::ParameterProtocol(Source&& kind) : operations_(&Internal::operationsOf<Kind>()) {
+ParameterProtocol::ParameterProtocol(Source&& kind) noexcept
+    : operations_(&Internal::operationsOf<Kind>()) {
     Internal::checkKind<Kind>();
     common_ = Internal::HeldKind<Kind>::make(std::forward<Source>(kind), place());
 }

@@ -5,7 +5,7 @@
 
 namespace Optrella {
 
-Tags::Tags(std::span<const Text> tags) : few_{} {
+Tags::Tags(std::span<const Text> tags) noexcept : few_{} {
     if (tags.size() <= inlineTags) {
         std::copy(tags.begin(), tags.end(), few_);
     } else {
@@ -16,18 +16,18 @@ Tags::Tags(std::span<const Text> tags) : few_{} {
     size_ = tags.size();
 }
 
-Tags::Tags(const std::vector<Text>& tags) : Tags(std::span(tags)) {}
+Tags::Tags(const std::vector<Text>& tags) noexcept : Tags(std::span(tags)) {}
 
 void Internal::constantParameterHasAtMostTwoTags() noexcept { fatalStop(); }
 
-void Tags::copyMany(std::initializer_list<const Text*> tags) {
+void Tags::copyMany(std::initializer_list<const Text*> tags) noexcept {
     Text* copies = new Text[tags.size()];
     std::transform(tags.begin(), tags.end(), copies, [](const Text* tag) { return *tag; });
     many_ = copies;
     size_ = tags.size();
 }
 
-void Tags::copyMany(const Tags& other) {
+void Tags::copyMany(const Tags& other) noexcept {
     Text* copies = new Text[other.size_];
     std::copy(other.begin(), other.end(), copies);
     many_ = copies;

@@ -35,20 +35,23 @@ public:
     constexpr Tags() noexcept : few_{} {}
     constexpr Tags(Text a) noexcept : few_{std::move(a), Text()}, size_(1) {}
     constexpr Tags(Text a, Text b) noexcept : few_{std::move(a), std::move(b)}, size_(2) {}
-    constexpr Tags(const Text& a, const Text& b, const Text& c) : few_{} { copy({&a, &b, &c}); }
-    constexpr Tags(const Text& a, const Text& b, const Text& c, const Text& d) : few_{} {
+    constexpr Tags(const Text& a, const Text& b, const Text& c) noexcept : few_{} {
+        copy({&a, &b, &c});
+    }
+    constexpr Tags(const Text& a, const Text& b, const Text& c, const Text& d) noexcept : few_{} {
         copy({&a, &b, &c, &d});
     }
-    constexpr Tags(const Text& a, const Text& b, const Text& c, const Text& d, const Text& e)
+    constexpr Tags(const Text& a, const Text& b, const Text& c, const Text& d,
+                   const Text& e) noexcept
         : few_{} {
         copy({&a, &b, &c, &d, &e});
     }
     // Copies texts, as many as there are.
-    Tags(std::span<const Text> tags);
-    Tags(const std::vector<Text>& tags);
+    Tags(std::span<const Text> tags) noexcept;
+    Tags(const std::vector<Text>& tags) noexcept;
 
     // Copies are independent. A list that was moved from is empty.
-    constexpr Tags(const Tags& other)
+    constexpr Tags(const Tags& other) noexcept
         : few_{other.isMany() ? Text() : other.few_[0], other.isMany() ? Text() : other.few_[1]},
           size_(other.isMany() ? 0 : other.size_) {
         if (other.isMany()) copyMany(other);
@@ -90,7 +93,7 @@ public:
 private:
     static constexpr std::size_t inlineTags = 2;
 
-    constexpr void copy(std::initializer_list<const Text*> tags) {
+    constexpr void copy(std::initializer_list<const Text*> tags) noexcept {
         if (!std::is_constant_evaluated()) {
             copyMany(tags);
         } else if (tags.size() > inlineTags) {
@@ -99,8 +102,8 @@ private:
     }
     [[nodiscard]] constexpr bool isMany() const noexcept { return size_ > inlineTags; }
     static bool areSame(const Tags& left, const Tags& right) noexcept;
-    void copyMany(std::initializer_list<const Text*> tags);
-    void copyMany(const Tags& other);
+    void copyMany(std::initializer_list<const Text*> tags) noexcept;
+    void copyMany(const Tags& other) noexcept;
     void takeMany(Tags& other) noexcept;  // REQUIRES: no texts here at all
     void dropMany() noexcept;             // leaves an empty list
 

@@ -104,7 +104,7 @@ Text::Text(void* block, char* place, std::string_view bytes) noexcept
     std::memcpy(place, &distance, sizeof distance);
 }
 
-Text::Text(std::string_view bytes, CopyOf) {
+Text::Text(std::string_view bytes, CopyOf) noexcept {
     if (bytes.empty()) return;
     Block* block = newBlock(roomFor(bytes.size()));
     *this = Text(block, reinterpret_cast<char*>(block + 1), bytes);
@@ -113,7 +113,7 @@ Text::Text(std::string_view bytes, CopyOf) {
 void Text::retain(const char* bytes) noexcept { blockOf(bytes)->owners.add(); }
 void Text::release(const char* bytes) noexcept { releaseBlock(blockOf(bytes)); }
 
-std::string Text::str() const { return {c_str(), size()}; }
+std::string Text::str() const noexcept { return {c_str(), size()}; }
 
 bool Text::equal(std::string_view left, std::string_view right) noexcept {
     return Internal::isCanonicallyEqual(left, right);
@@ -122,7 +122,7 @@ bool Text::equal(std::string_view left, std::string_view right) noexcept {
 // The owners first, then the texts, then the bytes of each. The texts in the block need not be
 // destroyed: they are no owners, only their copies are.
 template <class String>
-void Internal::TextBlock::copy(std::span<const String> strings) {
+void Internal::TextBlock::copy(std::span<const String> strings) noexcept {
     if (strings.empty()) return;
     count_ = strings.size();
     // Few strings, as most tools have arguments, are measured once.
@@ -149,8 +149,8 @@ void Internal::TextBlock::copy(std::span<const String> strings) {
     owner_.digest_ = texts_->digest_;
 }
 
-template void Internal::TextBlock::copy(std::span<const char* const> strings);
-template void Internal::TextBlock::copy(std::span<const std::string_view> strings);
+template void Internal::TextBlock::copy(std::span<const char* const> strings) noexcept;
+template void Internal::TextBlock::copy(std::span<const std::string_view> strings) noexcept;
 
 }  // namespace Optrella
 

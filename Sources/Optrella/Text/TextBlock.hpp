@@ -18,8 +18,8 @@ public:
     // Holds no texts.
     TextBlock() noexcept = default;
     // Copies the strings with one heap call. STOPS the process when one is a null pointer.
-    explicit TextBlock(std::span<const char* const> strings) { copy(strings); }
-    explicit TextBlock(std::span<const std::string_view> strings) { copy(strings); }
+    explicit TextBlock(std::span<const char* const> strings) noexcept { copy(strings); }
+    explicit TextBlock(std::span<const std::string_view> strings) noexcept { copy(strings); }
     // Copies share the block. Moving copies: texts() stays good.
     TextBlock(const TextBlock&) = default;
     TextBlock& operator=(const TextBlock&) = default;
@@ -29,7 +29,7 @@ public:
 
 private:
     template <class String>
-    void copy(std::span<const String> strings);
+    void copy(std::span<const String> strings) noexcept;
 
     Text owner_;  // a copy of one of the texts: it keeps the block
     const Text* texts_ = nullptr;
