@@ -30,7 +30,7 @@ template <class Code>
     std::_Exit(0);
 }
 
-#define EXPECT_STOP_WITHOUT_MEMORY(expression)                                              \
+#define EXPECT_STOP_WITHOUT_MEMORY(expression)                                                  \
     EXPECT_EXIT(runWithoutMemory([&] { return expression; }), testing::KilledBySignal(SIGABRT), \
                 "bad_alloc")
 

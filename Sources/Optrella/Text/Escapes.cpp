@@ -13,22 +13,28 @@ namespace {
 constexpr CodePoint::Value zeroWidthJoiner = 0x200D;
 constexpr CodePoint::Value emojiSelector = 0xFE0F;
 
-// In upper-case hexadecimal with at least two digits, in braces after a backslash and the letter.
-void appendBraced(std::string& to, char letter, std::uint32_t value) {
-    constexpr char digits[] = "0123456789ABCDEF";
-    char written[12];
-    char* const end = std::end(written) - 1;
-    char* first = end;
-    *end = '}';
-    do {
-        *--first = digits[value % 16];
-        value /= 16;
-    } while (value != 0 || end - first < 2);
-    *--first = '{';
-    *--first = letter;
-    *--first = '\\';
-    to.append(first, std::end(written));
-}
+// A number in upper-case hexadecimal with at least two digits, in braces after a backslash and a
+// letter. Holds the bytes that it views.
+class BracedNumber {
+public:
+    std::string_view operator()(char letter, std::uint32_t value) noexcept {
+        constexpr char digits[] = "0123456789ABCDEF";
+        char* const end = std::end(bytes_) - 1;
+        char* first = end;
+        *end = '}';
+        do {
+            *--first = digits[value % 16];
+            value /= 16;
+        } while (value != 0 || end - first < 2);
+        *--first = '{';
+        *--first = letter;
+        *--first = '\\';
+        return {first, std::end(bytes_)};
+    }
+
+private:
+    char bytes_[12];
+};
 
 struct Range {
     CodePoint::Value first, last;
@@ -108,21 +114,21 @@ private:
 
 void appendEscaped(std::string& to, std::string_view bytes) noexcept {
     EmojiSequence emoji;
+    BracedNumber braced;
     while (!bytes.empty()) {
         const CodePoint next = firstCodePoint(bytes);
-        const std::string_view written = bytes.substr(0, next.size);
+        std::string_view shown = bytes.substr(0, next.size);
         bytes.remove_prefix(next.size);
         const bool isEmoji = emoji.continues(next.value, bytes);
         if (!next.isValid()) {
-            appendBraced(to, 'x', static_cast<unsigned char>(written.front()));
+            shown = braced('x', static_cast<unsigned char>(shown.front()));
         } else if (const char* escape = shortEscape(next.value)) {
-            to += escape;
+            shown = escape;
         } else if (isControl(next.value) || isNoncharacter(next.value) ||
                    (isIgnorable(next.value) && !isEmoji)) {
-            appendBraced(to, 'u', static_cast<std::uint32_t>(next.value));
-        } else {
-            to += written;
+            shown = braced('u', static_cast<std::uint32_t>(next.value));
         }
+        to += shown;
     }
 }
 
