@@ -165,6 +165,26 @@ private:
 [[nodiscard]] OPTRELLA_API parsingError parse(CommandList commandList, int argc,
                                               const char* const* argv) noexcept;
 
+// Who gives a root command its rights.
+enum class RootCommands {
+    handToSudo,  // sudo, by its own rules and words, as if it had been typed before the command
+};
+
+// Do what parse does, but for root commands. One that fits runs here when the effective user is
+// root. Otherwise sudo takes the place of this process and starts the running program again, as
+// root, with these arguments; its values are judged there. No group is looked at and no password is
+// asked for but by sudo. Streams, terminal, signals and the exit status are those of `sudo tool`;
+// these functions do not return then, and neither destructors nor what `atexit` was given run.
+//
+//   NoMatchingLine  also when sudo cannot take over: it is missing, the file of the program is
+//                   gone, or sudo has started the program already, as somebody else. Standard error
+//                   says so in a line.
+[[nodiscard]] OPTRELLA_API parsingError parse(CommandList commandList, ArgumentList passedIn,
+                                              RootCommands rootCommands) noexcept;
+[[nodiscard]] OPTRELLA_API parsingError parse(CommandList commandList, int argc,
+                                              const char* const* argv,
+                                              RootCommands rootCommands) noexcept;
+
 }  // namespace Optrella
 
 // A result hashes as its text does.

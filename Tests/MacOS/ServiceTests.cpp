@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,11 +18,13 @@
 #include "Optrella/Platform/Directory.hpp"
 #include "Optrella/Platform/Log.hpp"
 #include "Optrella/Platform/MacOS/Strings.hpp"
+#include "Optrella/Platform/OwnProgram.hpp"
 #include "Optrella/Platform/PasswordCheck.hpp"
 #include "Optrella/Platform/Process.hpp"
 #include "Optrella/Platform/StartArguments.hpp"
 #include "Platform/Child.hpp"
 #include "Support/MacOS/Services.hpp"
+#include "Support/TemporaryDirectory.hpp"
 
 namespace {
 
@@ -339,6 +343,53 @@ TEST(Process, HasItsStartArgumentsFromTheSystemToo) {
     for (const std::string& each : startArguments()) joined.append(each.c_str(), each.size() + 1);
     EXPECT_NE(joined, "");
     EXPECT_EQ(argumentsOfTheSystem(), joined);
+}
+
+// ---- The program's file ----
+
+class Program : public ServiceTest {
+protected:
+    Program() {
+        std::filesystem::create_directory(directory_.path() + "/bin");
+        file_ = directory_.path() + "/bin/tool";
+        std::ofstream(file_).flush();
+        link_ = directory_.path() + "/link";
+        std::filesystem::create_symlink("bin/tool", link_);
+        services().programFile = file_;
+        services().programStarted = file_;
+    }
+
+    Tests::TemporaryDirectory directory_;
+    std::string file_;
+    std::string link_;
+};
+
+TEST_F(Program, IsNamedByTheLinkThatItWasStartedBy) {
+    services().programStarted = link_;
+    EXPECT_EQ(ownProgram(), link_);
+}
+
+TEST_F(Program, IsNamedByItsFileWhereTheLinkLeadsElsewhere) {
+    services().programStarted = link_;
+    std::filesystem::remove(link_);
+    EXPECT_EQ(ownProgram(), file_);
+    std::ofstream(link_).flush();
+    EXPECT_EQ(ownProgram(), file_);
+}
+
+TEST_F(Program, IsNamedByItsFileWhereTheStartIsTooLongToTell) {
+    services().programStarted = std::string(5000, 'x');
+    EXPECT_EQ(ownProgram(), file_);
+}
+
+TEST_F(Program, IsNotThereWhenItsFileIsNot) {
+    std::filesystem::remove(file_);
+    EXPECT_EQ(ownProgram(), std::nullopt);
+}
+
+TEST_F(Program, IsNotThereWhenTheSystemDoesNotKnowItsFile) {
+    services().programFile = "";
+    EXPECT_EQ(ownProgram(), std::nullopt);
 }
 
 TEST(Pipe, IsClosedInProgramsThatAreStarted) {

@@ -34,7 +34,7 @@ FAULTS = {
 NOT_THERE = {"_syscall", "_pthread_mutex_timedlock", "_pthread_mutex_clocklock", "_pthread_cond_clockwait"}
 # What shows that all the parts are in the library.
 THERE = {"_CFRunLoopStop", "_CSIdentityIsMemberOfGroup", "_ODRecordVerifyPassword", "_os_log_create",
-         "__NSGetArgv", "_dispatch_async_f", "_posix_spawn", "_select", "_utf8proc_iterate"}
+         "__NSGetArgv", "__NSGetExecutablePath", "_proc_pidpath", "_dispatch_async_f", "_posix_spawn", "_select", "_utf8proc_iterate"}
 FRAMEWORKS = "-framework CoreFoundation -framework CoreServices -framework OpenDirectory"
 
 

@@ -8,6 +8,7 @@
 #include "Optrella/Platform/Directory.hpp"
 #include "Optrella/Platform/Files.hpp"
 #include "Optrella/Platform/Log.hpp"
+#include "Optrella/Platform/OwnProgram.hpp"
 #include "Optrella/Platform/PasswordCheck.hpp"
 #include "Optrella/Platform/Process.hpp"
 #include "Optrella/Platform/StandardStreams.hpp"
@@ -86,6 +87,17 @@ void logInfo(const Log& log, std::string_view label, std::string_view message) {
     platform().logEntries.push_back(
         {log.subsystem, log.category, std::string(label), std::string(message)});
     platform().errorWritesAtLastLogEntry = platform().errorWrites.size();
+}
+
+std::string nameOfRoot() { return platform().nameOfRoot; }
+
+bool hasRightsOfRoot() noexcept { return platform().hasRightsOfRoot; }
+
+std::optional<std::string> ownProgram() { return platform().ownProgram; }
+
+int replaceProcess(const char* program, std::span<const std::string> arguments) {
+    platform().replacements.push_back({program, {arguments.begin(), arguments.end()}, {}});
+    return platform().replacementError;
 }
 
 std::optional<std::string> bundleIdentifier() {

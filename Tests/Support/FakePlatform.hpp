@@ -41,6 +41,10 @@ struct FakePlatform {
     std::vector<std::string> startArguments = {"./tool", "install", "a b"};
     std::vector<std::string> childBlocks;  // what a child writes
     bool canStartChildren = true;
+    bool hasRightsOfRoot = false;
+    std::string nameOfRoot = "root";
+    std::optional<std::string> ownProgram = "/there/tool";
+    int replacementError = 2;  // of a process that cannot be replaced: no process here can
 
     // Questions.
     int userQuestions = 0;
@@ -69,6 +73,7 @@ struct FakePlatform {
         friend bool operator==(const Child&, const Child&) = default;
     };
     std::vector<Child> children;
+    std::vector<Child> replacements;  // without an input
 };
 
 // The platform of the running test.

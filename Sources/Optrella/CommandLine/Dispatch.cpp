@@ -12,7 +12,9 @@
 
 namespace Optrella {
 
-std::string Internal::rendered(std::span<const Text> arguments) noexcept {
+namespace Internal {
+
+std::string rendered(std::span<const Text> arguments) noexcept {
     std::string list = "[";
     const char* separator = "";
     for (const Text& argument : arguments) {
@@ -26,14 +28,8 @@ std::string Internal::rendered(std::span<const Text> arguments) noexcept {
     return list;
 }
 
-namespace {
-
-using Internal::Fit;
-
-// Returns the one fit, or nothing when there is none or more than one. All declarations are tried,
-// whether one has fitted or not: each may have something to say.
 std::optional<Fit> onlyFit(CommandList commandList, std::span<const Text> passedLine) noexcept {
-    Internal::Matcher matcher(passedLine);
+    Matcher matcher(passedLine);
     const auto mayFit = [&matcher](const auto& each) { return matcher.mayFit(each); };
     const auto end = commandList.end();
     std::optional<Fit> first;
@@ -46,26 +42,33 @@ std::optional<Fit> onlyFit(CommandList commandList, std::span<const Text> passed
         first = std::move(fit);
     }
     if (!first) {
-        Internal::printLine({Internal::rendered(passedLine),
-                             " is not a valid command line.\n Please refer to the help below."});
+        printLine({rendered(passedLine),
+                   " is not a valid command line.\n Please refer to the help below."});
     }
     if (!isOnly) first.reset();
     return first;
 }
 
-void callAction(void* context) {
-    const Fit& fit = *static_cast<const Fit*>(context);
-    fit.run(fit.given);
+parsingError run(Fit& fit) noexcept {
+    const auto callAction = [](void* context) {
+        const Fit& chosen = *static_cast<const Fit*>(context);
+        chosen.run(chosen.given);
+    };
+    if (!Platform::runOnWorker(callAction, &fit)) fatalStop();
+    return parsingError::NoError;
 }
 
+}  // namespace Internal
+
+namespace {
+
 parsingError runTheOnlyFit(CommandList commandList, std::span<const Text> passedLine) noexcept {
-    std::optional<Fit> fit = onlyFit(commandList, passedLine);
+    std::optional<Internal::Fit> fit = Internal::onlyFit(commandList, passedLine);
     if (!fit || !Internal::validateParameters(fit->given) ||
         !Internal::validatePermissions(fit->requiresRoot)) {
         return parsingError::NoMatchingLine;
     }
-    if (!Platform::runOnWorker(callAction, &*fit)) Internal::fatalStop();
-    return parsingError::NoError;
+    return Internal::run(*fit);
 }
 
 }  // namespace

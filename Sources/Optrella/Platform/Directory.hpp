@@ -21,6 +21,9 @@ namespace Optrella::Platform {
 // user database says now, which may differ from the groups that the process was given at log-in.
 [[nodiscard]] bool isMember(const std::string& user, std::uint32_t group);
 
+// Returns what the user database calls user 0; "root" when it has no name for that.
+[[nodiscard]] std::string nameOfRoot();
+
 }  // namespace Optrella::Platform
 
 #endif

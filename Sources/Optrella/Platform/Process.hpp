@@ -4,6 +4,7 @@
 #define OPTRELLA_PLATFORM_PROCESS_HPP
 
 #include <optional>
+#include <span>
 #include <string>
 
 namespace Optrella::Platform {
@@ -13,6 +14,15 @@ namespace Optrella::Platform {
 
 // Returns the process's environment as it is now, null at its end.
 [[nodiscard]] char** environment() noexcept;
+
+// Returns whether the process has the rights of root: by its effective user.
+[[nodiscard]] bool hasRightsOfRoot() noexcept;
+
+// Puts another program in the place of this one, with these arguments (its name first). It keeps
+// the process, its streams, terminal, directory and environment; it gets the signal mask that the
+// process was started with, and what waits in C's `stdout` is written before. `program` is a path
+// that is not searched for. Returns only when that was not possible: the system's number for why.
+[[nodiscard]] int replaceProcess(const char* program, std::span<const std::string> arguments);
 
 }  // namespace Optrella::Platform
 

@@ -11,6 +11,7 @@
 #include "Optrella/Platform/Descriptor.hpp"
 #include "Optrella/Platform/Directory.hpp"
 #include "Optrella/Platform/Log.hpp"
+#include "Optrella/Platform/OwnProgram.hpp"
 #include "Optrella/Platform/Password.hpp"
 #include "Optrella/Platform/PasswordCheck.hpp"
 #include "Optrella/Platform/Process.hpp"
@@ -29,6 +30,8 @@ using Platform::isMember;
 using Platform::loggedInUser;
 // Log
 using Platform::logInfo;
+// OwnProgram
+using Platform::programFile;
 // Password
 using Platform::keepOutOfDumps;
 // PasswordCheck

@@ -2,6 +2,8 @@
 
 #include <OpenDirectory/OpenDirectory.h>
 #include <crt_externs.h>
+#include <libproc.h>
+#include <mach-o/dyld.h>
 #include <os/log.h>
 #include <unistd.h>
 
@@ -338,4 +340,19 @@ extern "C" {
 char*** _NSGetArgv(void) { return &argumentArray; }
 int* _NSGetArgc(void) { return &argumentCount; }
 char*** _NSGetEnviron(void) { return &environ; }
+
+int _NSGetExecutablePath(char* path, uint32_t* size) {
+    const std::string& started = Tests::services().programStarted;
+    const bool fits = started.size() < *size;
+    if (fits) std::memcpy(path, started.c_str(), started.size() + 1);
+    *size = static_cast<uint32_t>(started.size() + 1);
+    return fits ? 0 : -1;
+}
+
+int proc_pidpath(int pid, void* path, uint32_t size) {
+    const std::string& file = Tests::services().programFile;
+    if (pid != ::getpid() || file.size() > size) return 0;
+    std::memcpy(path, file.data(), file.size());
+    return static_cast<int>(file.size());
+}
 }

@@ -36,6 +36,8 @@ struct Services {
     std::string failing;
     // Called instead of comparing the password, where there is one.
     std::function<bool(CFStringRef)> verify;
+    std::string programStarted = "./tool";  // by the path that it was started by
+    std::string programFile;                // by its file; empty where nobody knows
 
     // Calls, in their order, with their arguments.
     std::vector<std::string> calls;

@@ -3,6 +3,8 @@
 #include <pwd.h>
 #include <sys/types.h>
 
+#include "Optrella/Platform/Directory.hpp"
+
 namespace Optrella::Platform {
 
 std::optional<std::string> nameOfUser(unsigned id) {
@@ -13,5 +15,7 @@ std::optional<std::string> nameOfUser(unsigned id) {
     if (entry == nullptr) return std::nullopt;
     return entry->pw_name;
 }
+
+std::string nameOfRoot() { return nameOfUser(0).value_or("root"); }
 
 }  // namespace Optrella::Platform

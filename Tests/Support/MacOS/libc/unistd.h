@@ -15,6 +15,7 @@ int close(int);
 int chdir(const char*);
 int dup2(int, int);
 __attribute__((noreturn)) void _exit(int);
+int execve(const char*, char* const*, char* const*);
 char* getcwd(char*, size_t);
 uid_t geteuid(void);
 gid_t getegid(void);

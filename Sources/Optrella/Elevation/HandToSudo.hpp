@@ -1,0 +1,22 @@
+// HandToSudo.hpp - root rights by sudo alone, as if the user had typed it before the command.
+//
+// Beside PromptForPassword, and a tool links one of the two: here nobody is asked by us, nothing is
+// relayed, and whatever sudo says, reads and answers with is what the user of the tool meets.
+
+#ifndef OPTRELLA_ELEVATION_HANDTOSUDO_HPP
+#define OPTRELLA_ELEVATION_HANDTOSUDO_HPP
+
+#include <span>
+
+#include "Optrella/Text.hpp"
+
+namespace Optrella::HandToSudo {
+
+// Returns whether a root command may run in this process. Where it may not, puts sudo in its place,
+// which starts the running program as root with these arguments (without the program name); it does
+// not return then. Returns false, after a line on standard error, when that is not possible.
+[[nodiscard]] bool mayRunHere(std::span<const Text> arguments) noexcept;
+
+}  // namespace Optrella::HandToSudo
+
+#endif
