@@ -82,7 +82,6 @@ static_assert(std::is_nothrow_copy_constructible_v<Tags>);
 static_assert(std::is_nothrow_constructible_v<Tags, std::span<const Text>>);
 static_assert(std::is_nothrow_constructible_v<ListOptions, std::vector<ParameterNone>>);
 static_assert(std::is_nothrow_constructible_v<ParameterProtocol, Large>);
-static_assert(std::is_nothrow_copy_constructible_v<ParameterProtocol>);
 static_assert(std::is_nothrow_copy_constructible_v<ParameterFileURL>);
 static_assert(std::is_nothrow_copy_constructible_v<ParameterList>);
 static_assert(std::is_nothrow_copy_constructible_v<CommandLinePossibility>);

@@ -50,9 +50,11 @@ struct HeldKind {
                                      alignof(Kind) <= alignof(commonDetails) &&
                                      std::is_nothrow_move_constructible_v<Kind>;
 
-    // REQUIRES: a place, for a kind that stands inline.
+    // REQUIRES: a place, for a kind that stands inline. Where the kind itself throws nothing, lack
+    // of memory stops the process.
     template <class Source>
-    static commonDetails* make(Source&& kind, void* place) {
+    static commonDetails* make(Source&& kind, void* place) noexcept(
+        std::is_nothrow_constructible_v<Kind, Source>) {
         if (isInline || place != nullptr) {
             return &(::new (place) Kind(std::forward<Source>(kind)))->common;
         }

@@ -28,14 +28,15 @@ public:
     // Constrained by no more than a `common`: what is wrong with a kind is said by name, where a
     // list in braces would hide it.
     template <class Source, Internal::NamesCommon Kind = std::remove_cvref_t<Source>>
-    ParameterProtocol(Source&& kind) noexcept;
+    ParameterProtocol(Source&& kind) noexcept(std::is_nothrow_constructible_v<Kind, Source>);
 
     // What has no `common` is no parameter.
     template <class Source, Internal::NoParameterKind = std::remove_cvref_t<Source>>
     ParameterProtocol(Source&& kindWithoutCommon) = delete;
 
-    // Copy, move and destroy the held parameter.
-    ParameterProtocol(const ParameterProtocol& other) noexcept : ParameterProtocol(other.view()) {}
+    // Copy, move and destroy the held parameter. What the copy of a tool's own kind throws, these
+    // throw.
+    ParameterProtocol(const ParameterProtocol& other) : ParameterProtocol(other.view()) {}
     ParameterProtocol(ParameterProtocol&& other) noexcept : operations_(other.operations_) {
         takeFrom(other);
     }
@@ -48,7 +49,7 @@ public:
     ~ParameterProtocol() { destroy(); }
 
     // Copies a parameter that somebody else holds; views the held one.
-    explicit ParameterProtocol(Internal::ParameterView parameter) noexcept
+    explicit ParameterProtocol(Internal::ParameterView parameter)
         : operations_(&parameter.operations()),
           common_(operations_->copy(parameter.common(), place())) {}
     [[nodiscard]] Internal::ParameterView view() const noexcept { return {*operations_, *common_}; }
@@ -138,7 +139,8 @@ struct OPTRELLA_API BuiltInKind : ParameterDefaults<Kind> {
 }  // namespace Internal
 
 template <class Source, Internal::NamesCommon Kind>
-ParameterProtocol::ParameterProtocol(Source&& kind) noexcept
+ParameterProtocol::ParameterProtocol(Source&& kind) noexcept(
+    std::is_nothrow_constructible_v<Kind, Source>)
     : operations_(&Internal::operationsOf<Kind>()) {
     Internal::checkKind<Kind>();
     common_ = Internal::HeldKind<Kind>::make(std::forward<Source>(kind), place());

@@ -22,7 +22,8 @@ std::string startedAs() {
 
 std::optional<ProgramFile> programFile() {
     std::string path(PROC_PIDPATHINFO_MAXSIZE, '\0');
-    const int size = ::proc_pidpath(::getpid(), path.data(), static_cast<std::uint32_t>(path.size()));
+    const int size =
+        ::proc_pidpath(::getpid(), path.data(), static_cast<std::uint32_t>(path.size()));
     if (size <= 0) return std::nullopt;
     path.resize(static_cast<std::size_t>(size));
     // There is no name that outlives the path: where another file stands there now, it is taken.
