@@ -26,7 +26,9 @@ public:
     [[nodiscard]] static constexpr TextDigest ofLiteral(const char* bytes,
                                                         std::size_t size) noexcept;
 
-    [[nodiscard]] constexpr std::size_t size() const noexcept { return bits_ >> sizePlace; }
+    [[nodiscard]] constexpr std::size_t size() const noexcept {
+        return static_cast<std::size_t>(bits_ >> sizePlace);
+    }
     // Returns whether all bytes are below 0x80.
     [[nodiscard]] constexpr bool isASCII() const noexcept { return (bits_ & asciiFlag) != 0; }
     // Returns whether the text shares its bytes with its copies.
