@@ -61,8 +61,8 @@ struct HeldKind {
         return &(new Kind(std::forward<Source>(kind)))->common;
     }
     static const Kind& get(const commonDetails& common) noexcept {
-        const auto* place = reinterpret_cast<const std::byte*>(&common) - placeOfCommon();
-        return *std::launder(reinterpret_cast<const Kind*>(place));
+        const void* place = reinterpret_cast<const std::byte*>(&common) - placeOfCommon();
+        return *std::launder(static_cast<const Kind*>(place));
     }
     static Kind& get(commonDetails& common) noexcept {
         return const_cast<Kind&>(get(static_cast<const commonDetails&>(common)));

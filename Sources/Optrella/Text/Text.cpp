@@ -34,7 +34,8 @@ Block* newBlock(std::size_t roomForTexts) {
 Block* blockOf(const char* bytes) noexcept {
     Distance distance;
     std::memcpy(&distance, bytes - sizeof distance, sizeof distance);
-    return reinterpret_cast<Block*>(const_cast<char*>(bytes) - distance);
+    void* block = const_cast<char*>(bytes) - distance;
+    return static_cast<Block*>(block);
 }
 
 void releaseBlock(Block* block) noexcept {
