@@ -13,7 +13,6 @@
 #ifndef OPTRELLA_TESTS_SUPPORT_KINDS_HPP
 #define OPTRELLA_TESTS_SUPPORT_KINDS_HPP
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -123,19 +122,19 @@ struct KindEntry<Optrella::ParameterNumber> : UncheckedKind {
         return value == numberOf(typed);
     }
     static std::int64_t numberOf(const std::string& typed) {
-        __extension__ using Wide = __int128;  // for a digit more than 64 bits hold
-        const bool hasSign = typed.starts_with('-') || typed.starts_with('+');
-        const std::string digits = typed.substr(hasSign ? 1 : 0);
-        Wide number = 0;
+        const bool isNegative = typed.starts_with('-');
+        const std::string digits = typed.substr(isNegative || typed.starts_with('+') ? 1 : 0);
+        constexpr std::uint64_t greatest = std::numeric_limits<std::int64_t>::max();
+        const std::uint64_t most = isNegative ? greatest + 1 : greatest;
+        std::uint64_t magnitude = 0;
         for (const char c : digits) {
             if (c < '0' || c > '9') return -1;
-            number =
-                std::min<Wide>(number * 10 + (c - '0'), std::numeric_limits<std::uint64_t>::max());
+            const auto digit = static_cast<std::uint64_t>(c - '0');
+            if (magnitude > (most - digit) / 10) return -1;
+            magnitude = magnitude * 10 + digit;
         }
-        if (typed.starts_with('-')) number = -number;
-        const bool fits = number >= std::numeric_limits<std::int64_t>::min() &&
-                          number <= std::numeric_limits<std::int64_t>::max();
-        return fits && !digits.empty() ? static_cast<std::int64_t>(number) : -1;
+        if (digits.empty()) return -1;
+        return static_cast<std::int64_t>(isNegative ? 0 - magnitude : magnitude);
     }
 };
 
