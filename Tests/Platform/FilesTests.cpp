@@ -146,6 +146,19 @@ TEST_F(Files, ExistByNamesOfAnyBytes) {
     ::unlink(name);
 }
 
+TEST_F(Files, ExistWithASizeAndATimeOfMoreThan32Bits) {
+    ASSERT_EQ(::truncate("file", off_t{5} << 30), 0);
+    EXPECT_TRUE(fileExists("file"));
+    ASSERT_EQ(::truncate("file", 0), 0);
+
+    const timespec late[2] = {{time_t{5} << 30, 0}, {time_t{5} << 30, 0}};
+    for (const char* name : {"file", "directory"}) {
+        ASSERT_EQ(::utimensat(AT_FDCWD, name, late, 0), 0);
+        EXPECT_TRUE(fileExists(name)) << name;
+    }
+    EXPECT_TRUE(isDirectory("directory"));
+}
+
 TEST_F(Files, AreDirectoriesOnlyThemselves) {
     EXPECT_TRUE(isDirectory("directory"));
     EXPECT_TRUE(isDirectory("directory/"));
