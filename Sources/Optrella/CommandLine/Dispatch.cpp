@@ -14,7 +14,8 @@ namespace Optrella {
 
 namespace Internal {
 
-std::string rendered(std::span<const Text> arguments) noexcept {
+// Rarely called: small rather than fast.
+[[gnu::cold]] std::string rendered(std::span<const Text> arguments) noexcept {
     std::string list = "[";
     const char* separator = "";
     for (const Text& argument : arguments) {

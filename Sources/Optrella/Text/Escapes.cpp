@@ -112,7 +112,8 @@ private:
 
 }  // namespace
 
-void appendEscaped(std::string& to, std::string_view bytes) noexcept {
+// Rarely called: small rather than fast.
+[[gnu::cold]] void appendEscaped(std::string& to, std::string_view bytes) noexcept {
     EmojiSequence emoji;
     BracedNumber braced;
     while (!bytes.empty()) {
