@@ -22,7 +22,8 @@ bool isEqual(ParameterView element, ParameterView type) {
 
 }  // namespace
 
-const ParameterProtocol* fetchOptionalValidParameter(ParameterView type, const Parameters& list) {
+const ParameterProtocol* fetchOptionalValidParameter(ParameterView type,
+                                                     std::span<const ParameterProtocol> list) {
     for (const ParameterProtocol& parameter : list) {
         if (isEqual(parameter.view(), type)) return &parameter;
     }
@@ -43,7 +44,7 @@ const Kind* found(const Kind& type, const Parameters& list) {
 template <class Kind>
 auto foundValue(const Kind& type, const Parameters& list) {
     const Kind* parameter = found(type, list);
-    return parameter != nullptr ? std::optional(parameter->getValue()) : std::nullopt;
+    return parameter != nullptr ? std::optional(Internal::valueOf(*parameter)) : std::nullopt;
 }
 
 template <class Value>
@@ -64,15 +65,11 @@ bool fetchOptionalNone(const ParameterNone& type, const Parameters& list) noexce
 
 std::optional<Text> fetchOptionalString(const ParameterString& type,
                                         const Parameters& list) noexcept {
-    const ParameterString* string = found(type, list);
-    return string != nullptr ? std::optional(string->common.userValue) : std::nullopt;
+    return foundValue(type, list);
 }
 
 std::optional<UUID> fetchOptionalUUID(const ParameterUUID& type, const Parameters& list) noexcept {
-    const ParameterUUID* uuid = found(type, list);
-    if (uuid == nullptr) return std::nullopt;
-    // What is no UUID becomes the all-zero one, on purpose: it was given, so it is not absent.
-    return UUID::fromText(uuid->common.userValue).value_or(UUID{});
+    return foundValue(type, list);
 }
 
 std::optional<std::int64_t> fetchOptionalNumber(const ParameterNumber& type,

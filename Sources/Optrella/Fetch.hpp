@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "Optrella/Export.hpp"
 #include "Optrella/Parameters.hpp"
@@ -53,6 +54,19 @@ namespace Optrella {
                                                          const Parameters& list) noexcept;
 [[nodiscard]] OPTRELLA_API FileURL fetchURL(const ParameterFileURL& type,
                                             const Parameters& list) noexcept;
+
+// Return the values of a parameter that may be given more than once, in the order of the arguments;
+// none when it was not given. What a value is that is not acceptable: as above.
+[[nodiscard]] OPTRELLA_API std::vector<Text> fetchAllStrings(const ParameterString& type,
+                                                             const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API std::vector<UUID> fetchAllUUIDs(const ParameterUUID& type,
+                                                           const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API std::vector<std::int64_t> fetchAllNumbers(
+    const ParameterNumber& type, const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API std::vector<ParameterNone> fetchAllListOptions(
+    const ParameterList& type, const Parameters& list) noexcept;
+[[nodiscard]] OPTRELLA_API std::vector<FileURL> fetchAllURLs(const ParameterFileURL& type,
+                                                             const Parameters& list) noexcept;
 
 }  // namespace Optrella
 

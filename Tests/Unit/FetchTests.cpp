@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "Optrella/Fetch/Search.hpp"
 #include "Support/Death.hpp"
 #include "Support/FakePlatform.hpp"
@@ -194,6 +196,36 @@ TEST(Fetch, AnEqualElementOfAnotherKindIsNoFlag) {
         [[nodiscard]] bool isEqualTo(const ParameterProtocol&) const { return true; }
     };
     EXPECT_FALSE(fetchOptionalNone(flag, {Anything(), flag}));
+}
+
+TEST(FetchAll, FindsNothingInAListWithoutTheParameter) {
+    const Parameters given{flag, with(ParameterString{{"-o"}, "text", "Another"}, "x")};
+    EXPECT_EQ(fetchAllStrings(string, given), std::vector<Text>{});
+    EXPECT_EQ(fetchAllUUIDs(uuid, given), std::vector<UUID>{});
+    EXPECT_EQ(fetchAllNumbers(number, given), std::vector<std::int64_t>{});
+    EXPECT_EQ(fetchAllListOptions(list, given).size(), 0U);
+    EXPECT_EQ(fetchAllURLs(path, given), std::vector<FileURL>{});
+}
+
+TEST(FetchAll, GivesTheValuesInTheOrderOfTheArguments) {
+    const Parameters given{with(string, "b"), flag,
+                           with(string, "a"), with(number, "7"),
+                           with(string, "b"), with(number, "x")};
+    EXPECT_EQ(fetchAllStrings(string, given), (std::vector<Text>{"b", "a", "b"}));
+    EXPECT_EQ(fetchAllNumbers(number, given), (std::vector<std::int64_t>{7, -1}));
+}
+
+TEST(FetchAll, GivesWhatTheSingleOperationsGive) {
+    const Parameters given{with(uuid, "no"), with(list, "date"), with(path, "/a b")};
+    EXPECT_EQ(fetchAllUUIDs(uuid, given), std::vector{fetchUUID(uuid, given)});
+    ASSERT_EQ(fetchAllListOptions(list, given).size(), 1U);
+    EXPECT_EQ(fetchAllListOptions(list, given)[0].firstTag(), "date");
+    EXPECT_EQ(fetchAllURLs(path, given), std::vector{fetchURL(path, given)});
+}
+
+TEST(FetchAll, LeavesOutAnEqualElementOfAnotherKind) {
+    EXPECT_EQ(fetchAllStrings(string, {Chameleon(), with(string, "x"), Chameleon()}),
+              std::vector<Text>{"x"});
 }
 
 TEST(Fetch, ChangesNeitherTheAskedOneNorTheList) {
