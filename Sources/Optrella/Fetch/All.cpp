@@ -1,5 +1,5 @@
-// The values of parameters that were given more than once: in a file of its own, so that a tool that
-// does not ask for them does not link it.
+// The values of parameters that were given more than once: in a file of its own, so that a tool
+// that does not ask for them does not link it.
 
 #include "Optrella/Fetch.hpp"
 #include "Optrella/Fetch/Search.hpp"

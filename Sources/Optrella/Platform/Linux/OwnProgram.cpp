@@ -56,6 +56,7 @@ std::string target(const char* link) {
 std::optional<ProgramFile> programFile() {
     const std::uintptr_t headers = headersOfTheStart();
     if (headers == 0 || headers != headersOfTheProgram()) return std::nullopt;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): that is how the kernel tells it
     const auto* startedAs = reinterpret_cast<const char*>(::getauxval(AT_EXECFN));
     return ProgramFile{startedAs != nullptr ? startedAs : "", target(running), running};
 }

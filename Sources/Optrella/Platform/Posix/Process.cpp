@@ -1,10 +1,10 @@
 #include "Optrella/Platform/Process.hpp"
 
-#include <signal.h>
-#include <stdio.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
+#include <cstdio>
 #include <vector>
 
 namespace Optrella::Platform {
@@ -28,7 +28,7 @@ int replaceProcess(const char* program, std::span<const std::string> arguments) 
         words.push_back(const_cast<char*>(argument.c_str()));
     }
     words.push_back(nullptr);
-    static_cast<void>(::fflush(stdout));
+    static_cast<void>(std::fflush(stdout));
     sigset_t mask;
     ::pthread_sigmask(SIG_SETMASK, &maskOfStart, &mask);
     ::execve(program, words.data(), environment());

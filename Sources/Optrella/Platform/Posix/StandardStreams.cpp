@@ -1,10 +1,10 @@
 #include "Optrella/Platform/StandardStreams.hpp"
 
 #include <poll.h>
-#include <stdio.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 
 namespace Optrella::Platform {
 
@@ -40,14 +40,14 @@ void writeStandardError(std::string_view bytes) noexcept { writeAll(STDERR_FILEN
 void writeStandardOutput(std::string_view bytes) noexcept {
     if (bytes.empty()) return;
     ::flockfile(stdout);
-    static_cast<void>(::fflush(stdout));
+    static_cast<void>(std::fflush(stdout));
     // Past the stream: of what that writes, a signal may make it lose the rest, and nobody can tell
     // how much.
     if (const int descriptor = ::fileno(stdout); descriptor >= 0) {
         writeAll(descriptor, bytes);
     } else {
-        static_cast<void>(::fwrite(bytes.data(), 1, bytes.size(), stdout));
-        static_cast<void>(::fflush(stdout));
+        static_cast<void>(std::fwrite(bytes.data(), 1, bytes.size(), stdout));
+        static_cast<void>(std::fflush(stdout));
     }
     ::funlockfile(stdout);
 }
