@@ -27,7 +27,7 @@ struct OPTRELLA_API UUID {
     [[nodiscard]] Text text() const noexcept;
 
     // Compares the bytes, from first to last.
-    friend auto operator<=>(const UUID&, const UUID&) = default;
+    friend std::strong_ordering operator<=>(const UUID&, const UUID&) = default;
 };
 
 // An absolute path, and the file URL that names it.
