@@ -89,6 +89,13 @@ optrella_test(start-arguments-tests
   LIBRARIES Optrella::Optrella)
 add_dependencies(start-arguments-tests start-arguments-probe)
 
+# The file of the program that runs, and another program in its place.
+optrella_probe(own-program-probe Platform/OwnProgramProbe.cpp)
+optrella_test(own-program-tests
+  SOURCES Platform/OwnProgramTests.cpp ChildProcess/Traces.cpp
+  LIBRARIES Optrella::Optrella)
+add_dependencies(own-program-tests own-program-probe)
+
 optrella_probe(concealment-probe Platform/ConcealmentProbe.cpp)
 optrella_script(concealment-tests Platform/ConcealmentTests.py $<TARGET_FILE:concealment-probe>)
 
