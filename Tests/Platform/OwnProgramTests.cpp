@@ -121,6 +121,16 @@ TEST_F(OwnProgram, HasItsOwnPathWhenTheLinkIsGoneOrLeadsElsewhere) {
     EXPECT_EQ(told("./link", {"remove", "link", "copy", tool_, "link", "program"}), itself_);
 }
 
+// By /proc/self/exe another process would start itself.
+TEST_F(OwnProgram, HasItsOwnPathWhereTheOneOfTheStartMeansAnotherFileToOtherProcesses) {
+    fs::create_symlink("/proc/self/exe", "other/itself");
+    fs::create_symlink("other/itself", "itself");
+    fs::create_symlink("/proc/self", "self");
+    for (const char* path : {"/proc/self/exe", "/proc/../proc/self/exe", "self/exe", "itself"}) {
+        EXPECT_EQ(told(tool_, {"replace", path, "tool", "program", "--"}), itself_) << path;
+    }
+}
+
 TEST_F(OwnProgram, HasNoPathWhenItWasDeletedOrReplaced) {
     fs::copy_file(tool_, "other/tool");
     EXPECT_EQ(told(tool_, {"remove", tool_, "program"}), none_);

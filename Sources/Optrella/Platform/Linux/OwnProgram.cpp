@@ -3,10 +3,13 @@
 #include <elf.h>
 #include <fcntl.h>
 #include <link.h>
+#include <linux/magic.h>
 #include <sys/auxv.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cstdint>
+#include <utility>
 
 namespace Optrella::Platform {
 
@@ -51,14 +54,33 @@ std::string target(const char* link) {
     }
 }
 
+// Whether the path, or a link that it leads to, means another file to every process: sudo would
+// start itself by /proc/self/exe.
+bool isOfOneProcess(std::string path) {
+    for (int links = 0; links < 40; ++links) {  // as many as the system follows
+        const std::string directory = path.substr(0, path.rfind('/') + 1);
+        struct statfs system {};
+        if (::statfs(directory.empty() ? "." : directory.c_str(), &system) == 0 &&
+            system.f_type == PROC_SUPER_MAGIC) {
+            return true;
+        }
+        const std::string next = target(path.c_str());
+        if (next.empty()) return false;
+        path = next.starts_with('/') ? next : directory + next;
+    }
+    return true;
+}
+
 }  // namespace
 
 std::optional<ProgramFile> programFile() {
     const std::uintptr_t headers = headersOfTheStart();
     if (headers == 0 || headers != headersOfTheProgram()) return std::nullopt;
     // NOLINTNEXTLINE(performance-no-int-to-ptr): that is how the kernel tells it
-    const auto* startedAs = reinterpret_cast<const char*>(::getauxval(AT_EXECFN));
-    return ProgramFile{startedAs != nullptr ? startedAs : "", target(running), running};
+    const auto* name = reinterpret_cast<const char*>(::getauxval(AT_EXECFN));
+    std::string startedAs = name != nullptr ? name : "";
+    if (isOfOneProcess(startedAs)) startedAs.clear();
+    return ProgramFile{std::move(startedAs), target(running), running};
 }
 
 }  // namespace Optrella::Platform
