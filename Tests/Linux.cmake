@@ -113,6 +113,10 @@ if(TARGET hosts)
   optrella_probe(fake-sudo Elevation/FakeSudo.cpp Elevation/Steps.cpp Support/Probe.cpp)
   optrella_namespace_script(elevation-tests Elevation/ElevationTests.py
     elevation-probe hosts fake-sudo)
+  optrella_probe(hand-to-sudo-probe
+    Elevation/HandToSudoProbe.cpp Elevation/Steps.cpp Support/Probe.cpp)
+  optrella_namespace_script(hand-to-sudo-tests Elevation/HandToSudoTests.py
+    hand-to-sudo-probe fake-sudo)
 endif()
 
 if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize|--coverage")  # it brings its own compiler and sanitizers

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <csignal>
@@ -48,6 +49,20 @@ std::string descriptors() {
 std::string threads() {
     const std::filesystem::directory_iterator tasks("/proc/self/task");
     return "threads " + std::to_string(std::distance(begin(tasks), end(tasks))) + "\n";
+}
+
+std::string signals() {
+    sigset_t mask;
+    ::pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+    std::string blocked = "blocked";
+    std::string ignored = " ignored";
+    for (int number = 1; number < NSIG; ++number) {
+        struct sigaction action {};
+        const bool isKnown = ::sigaction(number, nullptr, &action) == 0;
+        if (::sigismember(&mask, number) == 1) blocked += " " + std::to_string(number);
+        if (isKnown && action.sa_handler == SIG_IGN) ignored += " " + std::to_string(number);
+    }
+    return blocked + ignored + "\n";
 }
 
 void awaitFile(const std::string& path) {
@@ -101,6 +116,7 @@ void Steps::take(std::string_view step) {
     const std::string word(step.substr(std::min(end + 1, step.size())));
     if (name == "say") return tell(word + "\n");
     if (name == "bytes") return tell(bytesOf(word));
+    if (name == "fill") return tell(std::string(static_cast<std::size_t>(numberIn(word)), 'x'));
     if (name == "arguments") {
         for (const std::string& each : arguments_) tell("argument " + hex(each) + "\n");
         return;
@@ -120,6 +136,7 @@ void Steps::take(std::string_view step) {
     if (name == "place") return tell(place());
     if (name == "descriptors") return tell(descriptors());
     if (name == "threads") return tell(threads());
+    if (name == "signals") return tell(signals());
     if (name == "write") return write(STDOUT_FILENO);
     if (name == "error") return write(STDERR_FILENO);
     if (name == "finish") finish();
@@ -129,6 +146,10 @@ void Steps::take(std::string_view step) {
     if (name == "sleep") return sleepFor(numberIn(word));
     if (name == "leave") return leaveProcess(numberIn(word));
     if (name == "kill") dieOf(numberIn(word));
+    if (name == "execute") {
+        ::execl(word.c_str(), word.c_str(), static_cast<char*>(nullptr));
+        return tell("refused " + std::to_string(errno) + "\n");
+    }
     if (name == "exit") ::_exit(numberIn(word));
     giveUp();
 }

@@ -1,4 +1,4 @@
-// Steps.hpp - what a process does for ElevationTests.py, word by word.
+// Steps.hpp - what a process does for the tests of this directory, word by word.
 
 #ifndef OPTRELLA_TESTS_ELEVATION_STEPS_HPP
 #define OPTRELLA_TESTS_ELEVATION_STEPS_HPP
@@ -13,6 +13,7 @@ namespace Tests {
 //
 //   say TEXT      tells a line
 //   bytes HEX     tells these bytes
+//   fill COUNT    tells so many bytes
 //   arguments     tells the arguments, a line "argument HEX" for each
 //   environment   tells the environment, a line "variable HEX" for each entry
 //   input         tells standard input, to its end: "input HEX"
@@ -21,6 +22,7 @@ namespace Tests {
 //   place         tells working directory and umask: "place PATH 22"
 //   descriptors   tells the open descriptors: "descriptors 0 1 2"
 //   threads       tells how many threads there are: "threads 1"
+//   signals       tells which signals are blocked and which ignored: "blocked 2 15 ignored 17"
 //   write         writes what was told to standard output, and waits until it has been read
 //   error         the same to standard error
 //   finish        writes what was told to standard output, and ends at once
@@ -30,6 +32,7 @@ namespace Tests {
 //   sleep COUNT   sleeps so many milliseconds
 //   leave COUNT   leaves a process running that holds the pipes for so many milliseconds
 //   kill SIGNAL   dies of the signal
+//   execute PATH  puts another program in its place; where that fails, tells why: "refused 13"
 //   exit CODE     ends at once
 class Steps {
 public:
