@@ -501,12 +501,14 @@ class WhatIsStarted(sudosystem.SystemTest):
         self.expect_refusal(UNKNOWN, loader, *command, cwd=WORK)
         self.expect_refusal(UNKNOWN, loader, "--argv0", PROBE, *command, cwd=WORK)
 
-    # What such a process was started with is closed to itself.
+    # Much of what the system tells of such a process is closed to itself.
     @unittest.skipIf(namespaces.preloads(sys.argv[-2]), "a sanitizer must look into the process")
-    def test_is_nothing_where_the_user_may_execute_the_tool_and_not_read_it(self):
+    def test_is_the_tool_that_the_user_may_execute_and_not_read(self):
         shutil.copy(PROBE, WORK + "/copy")
-        os.chmod(WORK + "/copy", 0o711)
-        self.expect_refusal(UNKNOWN, WORK + "/copy", "root")
+        for mode in (0o711, 0o2755):
+            os.chmod(WORK + "/copy", mode)
+            self.expect_output(b"user 0 0\nprogram %s/copy\n" % WORK.encode(),
+                               *steps("user", "program", "write", tool=WORK + "/copy"))
 
     def test_is_nothing_where_an_argument_has_a_nul(self):
         self.expect_refusal(refusal(b"/usr/bin/sudo cannot be started: Invalid argument"),
@@ -587,15 +589,14 @@ class NoLoop(sudosystem.SystemTest):
         os.symlink(PROBE, WORK + "/link")
         self.expect_refusal(ANOTHER_USER, 1, SUDO, "-u", "tplain", WORK + "/link", "root")
 
-    # What such a process was started with is closed to itself.
     @unittest.skipIf(namespaces.preloads(sys.argv[-2]), "a sanitizer must look into the process")
     def test_meets_a_tool_that_becomes_another_user_by_its_file(self):
         copy = WORK + "/copy"
         shutil.copy(PROBE, copy)
         os.chown(copy, 7002, 7002)
         os.chmod(copy, 0o4755)
-        self.expect_refusal(UNKNOWN, 0, copy, "root")
-        self.expect_refusal(UNKNOWN, 1, SUDO, copy, "root")
+        self.expect_refusal(ANOTHER_USER, 1, copy, "root")
+        self.expect_refusal(ANOTHER_USER, 2, SUDO, copy, "root")
 
     def test_is_not_seen_in_a_shell_that_sudo_has_started(self):
         line = "'%s' root -d user -d write" % PROBE

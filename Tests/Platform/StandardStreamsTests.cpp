@@ -250,6 +250,21 @@ TEST(PrintedText, IsCompleteInAPipeThatMayNotWait) {
     EXPECT_TRUE(received.bytes == expectedHelp(text)) << received.bytes.size() << " bytes";
 }
 
+TEST(PrintedText, LeavesWhatTheToolHasPrintedToAPipeThatMayNotWait) {
+    const std::string text = longText();
+    const std::string before(3000, 'x');
+    const Received received = receivedSlowly(STDOUT_FILENO, [&] {
+        ::fcntl(STDOUT_FILENO, F_SETFL, O_NONBLOCK);
+        const std::string filling(3000, '.');
+        if (::write(STDOUT_FILENO, filling.data(), filling.size()) != 3000) return 1;
+        std::fputs(before.c_str(), stdout);
+        printHelp(text);
+        return 0;
+    });
+    EXPECT_EQ(received.status, 0);
+    EXPECT_TRUE(received.bytes == std::string(3000, '.') + before + expectedHelp(text));
+}
+
 TEST(PrintedText, IsInOnePieceWhileAnotherThreadPrints) {
     const std::string text = longText();
     const Received received = receivedSlowly(STDOUT_FILENO, [&] {

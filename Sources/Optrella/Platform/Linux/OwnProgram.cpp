@@ -1,14 +1,13 @@
 #include "Optrella/Platform/OwnProgram.hpp"
 
 #include <elf.h>
-#include <fcntl.h>
 #include <link.h>
 #include <linux/magic.h>
 #include <sys/auxv.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
-#include <cstdint>
+#include <cstddef>
 #include <utility>
 
 namespace Optrella::Platform {
@@ -17,28 +16,18 @@ namespace {
 
 constexpr const char* running = "/proc/self/exe";
 
-// Where the headers of the file are that the kernel has started. From the kernel itself: a loader
-// that was started with the program as its argument may have changed what the C library tells.
-std::uintptr_t headersOfTheStart() {
-    const int file = ::open("/proc/self/auxv", O_RDONLY | O_CLOEXEC);
-    if (file < 0) return 0;
-    std::uintptr_t headers = 0;
-    for (ElfW(auxv_t) entry; ::read(file, &entry, sizeof entry) == sizeof entry;) {
-        if (entry.a_type == AT_PHDR) headers = entry.a_un.a_val;
-    }
-    ::close(file);
-    return headers;
-}
-
-// Where those of the program are: it is listed first.
-std::uintptr_t headersOfTheProgram() {
-    std::uintptr_t headers = 0;
-    const auto takeFirst = [](dl_phdr_info* object, std::size_t, void* first) {
-        *static_cast<std::uintptr_t*>(first) = reinterpret_cast<std::uintptr_t>(object->dlpi_phdr);
-        return 1;
+// Whether the kernel has started a loader that was given the program as an argument: the program
+// asks for a loader, and the kernel has loaded none for the file that it has started.
+bool isStartedByLoader() {
+    bool asksForLoader = false;
+    const auto lookAtProgram = [](dl_phdr_info* program, std::size_t, void* asks) {
+        for (int i = 0; i < program->dlpi_phnum; ++i) {
+            if (program->dlpi_phdr[i].p_type == PT_INTERP) *static_cast<bool*>(asks) = true;
+        }
+        return 1;  // it is listed first
     };
-    ::dl_iterate_phdr(takeFirst, &headers);
-    return headers;
+    ::dl_iterate_phdr(lookAtProgram, &asksForLoader);
+    return asksForLoader && ::getauxval(AT_BASE) == 0;
 }
 
 std::string target(const char* link) {
@@ -74,8 +63,7 @@ bool isOfOneProcess(std::string path) {
 }  // namespace
 
 std::optional<ProgramFile> programFile() {
-    const std::uintptr_t headers = headersOfTheStart();
-    if (headers == 0 || headers != headersOfTheProgram()) return std::nullopt;
+    if (isStartedByLoader()) return std::nullopt;
     // NOLINTNEXTLINE(performance-no-int-to-ptr): that is how the kernel tells it
     const auto* name = reinterpret_cast<const char*>(::getauxval(AT_EXECFN));
     std::string startedAs = name != nullptr ? name : "";

@@ -40,10 +40,13 @@ void writeStandardError(std::string_view bytes) noexcept { writeAll(STDERR_FILEN
 void writeStandardOutput(std::string_view bytes) noexcept {
     if (bytes.empty()) return;
     ::flockfile(stdout);
+    const int descriptor = ::fileno(stdout);
+    // The C library drops what a descriptor that may not wait does not take at once.
+    if (descriptor >= 0) static_cast<void>(awaitRoom(descriptor));
     static_cast<void>(std::fflush(stdout));
     // Past the stream: of what that writes, a signal may make it lose the rest, and nobody can tell
     // how much.
-    if (const int descriptor = ::fileno(stdout); descriptor >= 0) {
+    if (descriptor >= 0) {
         writeAll(descriptor, bytes);
     } else {
         static_cast<void>(std::fwrite(bytes.data(), 1, bytes.size(), stdout));
