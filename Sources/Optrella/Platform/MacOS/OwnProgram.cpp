@@ -15,7 +15,8 @@ std::string startedAs() {
     std::string path(PROC_PIDPATHINFO_MAXSIZE, '\0');
     auto size = static_cast<std::uint32_t>(path.size());
     if (_NSGetExecutablePath(path.data(), &size) != 0) return {};
-    return path.c_str();
+    path.resize(path.find('\0'));
+    return path;
 }
 
 }  // namespace
