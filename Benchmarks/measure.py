@@ -132,7 +132,8 @@ def declaring(parser, count, how="plain"):
 
 def counted(tool, arguments):
     """Heap calls and bytes of declaring and of running, and the threads that were started."""
-    done = subprocess.run([BUILD / f"counted-{tool}", *arguments],
+    # Under one name: the library keeps the arguments of the start, and a longer one is no command's.
+    done = subprocess.run(["counted", *arguments], executable=BUILD / f"counted-{tool}",
                           capture_output=True, text=True, env=SURROUNDINGS)
     found = re.fullmatch(r"declare (\d+) (\d+)\nrun (\d+) (\d+) (\d+)\n", done.stderr)
     if not found:
