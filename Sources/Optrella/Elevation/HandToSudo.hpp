@@ -1,7 +1,7 @@
 // HandToSudo.hpp - root rights by sudo alone, as if the user had typed it before the command.
 //
-// Beside PromptForPassword, and a tool links one of the two: here nobody is asked by us, nothing is
-// relayed, and whatever sudo says, reads and answers with is what the user of the tool meets.
+// Beside PromptForPassword; a tool that does not hand over does not link it. Here nobody is asked
+// by us, nothing is relayed, and whatever sudo says, reads and answers with is what the user meets.
 
 #ifndef OPTRELLA_ELEVATION_HANDTOSUDO_HPP
 #define OPTRELLA_ELEVATION_HANDTOSUDO_HPP
