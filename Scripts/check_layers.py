@@ -5,7 +5,7 @@
     check_layers.py --table    the layers, as CONTRIBUTING.md shows them
 
 A file includes only its own unit and lower layers, and no header includes itself by way of others.
-System headers are met under Platform/ alone, the Unicode library in one file; files are chosen by the
+System headers are met under Platform/ alone, the Unicode library in two files; files are chosen by the
 build, never by #if on the system. What is installed is what the public headers include, no more and no
 less. Every system has a file for each header in Platform/System.hpp. No two headers share a name, and
 no file holds more than its share of the lines.
@@ -22,7 +22,8 @@ LAYERS = [
     ["Values"],
     ["Parameters", "Elevation", "CommandLineExitStatus"],
     ["CommandLine", "Fetch"],
-    ["Help"],
+    ["Help", "Tool"],
+    ["Explain", "Complete", "Lint"],
     ["Optrella"],
 ]
 
@@ -39,7 +40,7 @@ STANDARD_HEADERS = set("""
 # What every including file would pay for.
 HEAVY_HEADERS = {"filesystem", "functional", "iostream", "iterator", "memory", "regex", "sstream",
                  "string"}
-UNICODE = "Text/Unicode.cpp"
+UNICODE = ("Text/Unicode.cpp", "Text/Characters.cpp")
 LARGEST_SHARE = 0.09  # of all lines, in one file
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
@@ -124,8 +125,8 @@ def include_faults(path, text, is_installed):
                 if is_installed and included in HEAVY_HEADERS:
                     yield f"an installed header includes <{included}>, which costs every including file"
             elif included == "utf8proc.h":
-                if path != UNICODE:
-                    yield f"includes the Unicode library outside {UNICODE}"
+                if path not in UNICODE:
+                    yield f"includes the Unicode library outside {' and '.join(UNICODE)}"
             elif not path.startswith("Platform/") or path.count("/") < 2:
                 yield f"includes the system header <{included}>"
             continue

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "Support/Kinds.hpp"
+#include "ToolCalls.hpp"
 
 namespace Behaviour {
 
@@ -267,6 +268,9 @@ constexpr Call calls[] = {
     {"removeFirstLine", callRemoveFirstLine},
     {"relay", callRelay},
     {"outputErrorMessage", callOutputErrorMessage},
+    {"explain", callExplain},
+    {"complete", callComplete},
+    {"lint", callLint},
 };
 
 }  // namespace

@@ -87,7 +87,7 @@ class LayerCheck(unittest.TestCase):
 
     def test_unicode_library_elsewhere_is_caught(self):
         self.assert_caught("Text/Text.cpp", "#include <utf8proc.h>",
-                           "includes the Unicode library outside Text/Unicode.cpp")
+                           "includes the Unicode library outside Text/Unicode.cpp and Text/Characters.cpp")
 
     def test_heavy_installed_header_is_caught(self):
         for path in ("Fetch.hpp", "Parameters/Tags.hpp"):

@@ -1,12 +1,10 @@
-#include <string_view>
-
 #include "Optrella/Parameters.hpp"
+#include "Optrella/Parameters/Decimal.hpp"
 
 namespace Optrella {
 
-namespace {
+namespace Internal {
 
-// An optional sign and ASCII digits, nothing else, within 64 bits.
 std::optional<std::int64_t> decimal(std::string_view text) noexcept {
     const bool isNegative = text.starts_with('-');
     if (isNegative || text.starts_with('+')) text.remove_prefix(1);
@@ -22,10 +20,10 @@ std::optional<std::int64_t> decimal(std::string_view text) noexcept {
     return value;
 }
 
-}  // namespace
+}  // namespace Internal
 
 std::int64_t ParameterNumber::getValue() const noexcept {
-    return decimal(common.userValue).value_or(defaultValue());
+    return Internal::decimal(common.userValue).value_or(defaultValue());
 }
 
 }  // namespace Optrella

@@ -67,7 +67,8 @@ std::size_t brokenSize(std::string_view bytes) noexcept {
     return size;
 }
 
-// The size in bytes of the first character. REQUIRES: not empty.
+}  // namespace
+
 std::size_t firstCharacterSize(std::string_view bytes) noexcept {
     CodePoint last = firstCodePoint(bytes);
     std::size_t size = last.size;
@@ -81,6 +82,8 @@ std::size_t firstCharacterSize(std::string_view bytes) noexcept {
     }
     return size;
 }
+
+namespace {
 
 // The canonical decomposition of one code point.
 struct Decomposition {

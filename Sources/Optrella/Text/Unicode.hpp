@@ -96,6 +96,9 @@ private:
 // Returns the same hash for canonically equivalent bytes.
 [[nodiscard]] std::size_t canonicalHash(std::string_view bytes) noexcept;
 
+// Returns the number of bytes in the first character. REQUIRES: not empty.
+[[nodiscard]] std::size_t firstCharacterSize(std::string_view bytes) noexcept;
+
 // Returns the number of bytes in the last `count` characters, or in all that there are.
 [[nodiscard]] std::size_t sizeOfLastCharacters(std::string_view bytes, std::size_t count) noexcept;
 // The same of one.

@@ -1,0 +1,222 @@
+#include "Optrella/Complete.hpp"
+
+#include <algorithm>
+#include <span>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include "Optrella/Text/Characters.hpp"
+#include "Optrella/Tool/Rivals.hpp"
+#include "Optrella/Tool/LineSearch.hpp"
+
+namespace Optrella {
+
+namespace {
+
+using namespace Internal;
+
+// In which order offers are made.
+enum class Rank : std::uint8_t { requiredWord, requiredTag, value, optionalTag };
+
+struct RankedOffer {
+    Rank rank;
+    Offer offer;
+};
+
+// The beginning of a word, as far as it is typed.
+class Beginning {
+public:
+    explicit Beginning(const Text& typed) noexcept
+        : bytes_(typed), characters_(canonicalCharacters(typed)) {}
+
+    [[nodiscard]] bool empty() const noexcept { return bytes_.empty(); }
+    [[nodiscard]] bool isOf(const Text& word) const noexcept {
+        if (std::string_view(word).starts_with(bytes_) && word.isASCII()) return true;
+        if (word.isASCII() && bytes_.isASCII()) return false;
+        const auto characters = canonicalCharacters(word);
+        return characters.size() >= characters_.size() &&
+               std::equal(characters_.begin(), characters_.end(), characters.begin());
+    }
+    // A word that is no tag and no choice does not begin with a dash.
+    [[nodiscard]] bool mayBeOfFreeWord() const noexcept {
+        return !std::string_view(bytes_).starts_with('-');
+    }
+
+private:
+    Text bytes_;
+    std::vector<std::string> characters_;
+};
+
+class Completion {
+public:
+    Completion(const Tool& tool, std::span<const Text> before, const Text& current,
+               Offers offers) noexcept
+        : tool_(tool),
+          grammar_(tool),
+          lexicon_(grammar_),
+          rivals_(grammar_, lexicon_, before),
+          current_(current),
+          isReduced_(offers == Offers::reduced && current_.empty()) {}
+
+    std::vector<Offer> offers() noexcept {
+        for (const Contender& each : rivals_.candidates()) offerAfter(each);
+        std::stable_sort(
+            offers_.begin(), offers_.end(),
+            [](const RankedOffer& l, const RankedOffer& r) { return l.rank < r.rank; });
+        std::vector<Offer> offers;
+        for (RankedOffer& each : offers_) offers.push_back(std::move(each.offer));
+        return offers;
+    }
+
+private:
+    void offerAfter(const Contender& contender) noexcept {
+        if (contender.takesWords()) offerValues(contender);
+        // Until the option has its value no tag is read, and after the rest begins none at all.
+        if (contender.isDue() || contender.walk().state().rest != noSlot) return;
+        const auto slots = contender.form().slots();
+        for (Slot slot = 0; slot < static_cast<Slot>(slots.size()); ++slot) {
+            if (mayOfferTags(contender, slot)) offerTags(contender, slot);
+        }
+    }
+
+    bool lacksWords(const Contender& contender) const noexcept {
+        return contender.walk().state().requiredWordsGiven < contender.form().requiredWordCount();
+    }
+
+    bool mayOfferTags(const Contender& contender, Slot slot) const noexcept {
+        if (!contender.mayGive(slot)) return false;
+        if (!isReduced_) return true;
+        const SlotRules& rules = contender.form().slot(slot);
+        return lacksWords(contender) ? rules.isRequiredWord : !rules.takes.has_value();
+    }
+
+    void offerTags(const Contender& contender, Slot slot) noexcept {
+        const SlotRules& rules = contender.form().slot(slot);
+        const Rank rank = rules.isRequiredWord ? Rank::requiredWord
+                          : rules.isRequired   ? Rank::requiredTag
+                                               : Rank::optionalTag;
+        std::vector<Text> tags;
+        for (const Text& tag : rules.tags()) {
+            const Symbol symbol = grammar_.vocabulary.find(tag);
+            if (contender.form().ownerOf(symbol) != slot || !lexicon_.mayStand(symbol)) continue;
+            if (!current_.isOf(tag) || (!isReduced_ && words_.contains(tag))) continue;
+            if (rivals_.leadsOn(contender, symbol, {Use::As::tag, slot})) tags.push_back(tag);
+        }
+        if (isReduced_ && tags.size() > 1) tags = {longest(tags)};
+        for (const Text& tag : tags) {
+            add(rank, {.kind = Offer::Kind::tag,
+                       .word = tag,
+                       .help = rules.parameter.common().tagHelp});
+        }
+    }
+
+    static Text longest(const std::vector<Text>& tags) noexcept {
+        const auto size = [](const Text& tag) { return canonicalCharacters(tag).size(); };
+        return *std::max_element(
+            tags.begin(), tags.end(),
+            [&size](const Text& left, const Text& right) { return size(left) < size(right); });
+    }
+
+    void offerValues(const Contender& contender) noexcept {
+        const WalkState& state = contender.walk().state();
+        const Slot missing = contender.walk().valueMissing();
+        const Slot taker = missing != noSlot      ? missing
+                           : state.rest != noSlot ? state.rest
+                                                  : contender.walk().takerOfPlain();
+        const SlotRules& rules = contender.form().slot(taker);
+        if (isReduced_ && missing == noSlot && lacksWords(contender)) return;
+        if (const auto* list = rules.parameter.as<ParameterList>()) {
+            offerChoices(contender, taker, *list);
+        } else if (!offerListed(contender, taker)) {
+            offerPlaceholder(contender, taker);
+        }
+    }
+
+    void offerChoices(const Contender& contender, Slot slot, const ParameterList& list) noexcept {
+        for (const ParameterNone& option : list.validOptions()) {
+            if (option.common.tags.empty()) continue;
+            const Text& word = option.common.tags.front();
+            const Symbol symbol = grammar_.vocabulary.find(word);
+            if (!current_.isOf(word) || !lexicon_.mayStand(symbol)) continue;
+            if (words_.contains(word) || !rivals_.leadsOn(contender, symbol, {Use::As::value, slot})) continue;
+            add(Rank::value, {.kind = Offer::Kind::choice,
+                              .word = word,
+                              .help = option.common.tagHelp,
+                              .name = list.common.parameterName});
+        }
+    }
+
+    // Returns whether the parameter has a completer.
+    bool offerListed(const Contender& contender, Slot slot) noexcept {
+        const commonDetails& common = contender.form().slot(slot).parameter.common();
+        const Completer* completer = nullptr;
+        for (const Completer& each : tool_.completers) {
+            if (!each.firstTag()) continue;
+            const Symbol tag = grammar_.vocabulary.find(*each.firstTag());
+            if (contender.form().ownerOf(tag) == slot) completer = &each;
+        }
+        if (completer == nullptr) return false;
+        const bool isFreeWordGood = rivals_.leadsOn(contender, Vocabulary::unknown, {Use::As::value, slot});
+        for (const Text& value : completer->values()) {
+            if (!current_.isOf(value)) continue;
+            const Symbol symbol = grammar_.vocabulary.find(value);
+            const bool isFree = symbol == Vocabulary::unknown;
+            if (isFree && std::string_view(value).starts_with('-')) continue;
+            if (isFree ? !isFreeWordGood
+                       : !lexicon_.mayStand(symbol) || !rivals_.leadsOn(contender, symbol, {Use::As::value, slot})) {
+                continue;
+            }
+            add(Rank::value, {.kind = Offer::Kind::value,
+                              .word = value,
+                              .help = common.tagHelp,
+                              .name = common.parameterName});
+        }
+        return true;
+    }
+
+    void offerPlaceholder(const Contender& contender, Slot slot) noexcept {
+        if (!current_.mayBeOfFreeWord()) return;
+        if (!rivals_.leadsOn(contender, Vocabulary::unknown, {Use::As::value, slot})) return;
+        const ParameterView& parameter = contender.form().slot(slot).parameter;
+        Offer offer{.kind = Offer::Kind::value,
+                    .help = parameter.common().tagHelp,
+                    .name = parameter.common().parameterName};
+        if (const auto* path = parameter.as<ParameterFileURL>()) {
+            offer.kind = Offer::Kind::path;
+            offer.pathType = path->type;
+            offer.pathState = path->state;
+        }
+        add(Rank::value, std::move(offer));
+    }
+
+    void add(Rank rank, Offer offer) noexcept {
+        if (offer.word) {
+            if (!words_.insert(*offer.word).second) return;
+        } else {
+            const bool isKnown =
+                std::any_of(offers_.begin(), offers_.end(),
+                            [&offer](const RankedOffer& each) { return each.offer == offer; });
+            if (isKnown) return;
+        }
+        offers_.push_back({rank, std::move(offer)});
+    }
+
+    const Tool& tool_;
+    const Grammar grammar_;
+    const Lexicon lexicon_;
+    Rivals rivals_;
+    const Beginning current_;
+    const bool isReduced_;
+    std::vector<RankedOffer> offers_;
+    std::unordered_set<Text> words_;  // that are offered
+};
+
+}  // namespace
+
+std::vector<Offer> complete(const Tool& tool, ArgumentList before, const Text& current,
+                            Offers offers) noexcept {
+    return Completion(tool, before.texts(), current, offers).offers();
+}
+
+}  // namespace Optrella

@@ -1,0 +1,97 @@
+#include "Optrella/Explain.hpp"
+
+#include <algorithm>
+#include <span>
+#include <tuple>
+#include <utility>
+
+#include "Optrella/Explain/Rejection.hpp"
+#include "Optrella/Explain/Tries.hpp"
+#include "Optrella/Text/TextBlock.hpp"
+#include "Optrella/Tool/Grammar.hpp"
+
+namespace Optrella {
+
+namespace {
+
+using Internal::Try;
+
+// The parameters as an action is given them, in the order in which it is given them.
+Parameters parametersOf(const Internal::Form& form, const Try& fit) noexcept {
+    Parameters given;
+    for (const bool areRequired : {true, false}) {
+        for (const Internal::Gift& gift : fit.gifts) {
+            const Internal::SlotRules& rules = form.slot(gift.slot);
+            if (rules.isRequired != areRequired || !rules.takesValue) continue;
+            given.emplace_back(rules.parameter).storeUserValue(gift.value);
+        }
+    }
+    return given;
+}
+
+void judgeValues(const Internal::Form& form, Try& fit) noexcept {
+    for (const ParameterProtocol& each : parametersOf(form, fit)) {
+        const std::optional<Text> message = Internal::rejection(each);
+        if (!message) continue;
+        const Tags& tags = each.common().tags;
+        fit.attempt.rejected.push_back({tags.empty() ? Text() : tags.front(), *message});
+    }
+}
+
+bool isNearer(const Try& left, const Try& right) noexcept {
+    if (left.attempt.fits != right.attempt.fits) return left.attempt.fits;
+    if (left.likeness != right.likeness) return left.likeness > right.likeness;
+    if (left.attempt.accepted != right.attempt.accepted) {
+        return left.attempt.accepted > right.attempt.accepted;
+    }
+    return left.attempt.missing.size() < right.attempt.missing.size();
+}
+
+Outcome outcomeOfFit(const Attempt& fit) noexcept {
+    if (!fit.rejected.empty()) return Outcome::valueRejected;
+    return fit.missing.empty() ? Outcome::runs : Outcome::parameterMissing;
+}
+
+Explanation explained(const Tool& tool, std::span<const Text> arguments) noexcept {
+    const Internal::Grammar grammar(tool);
+    const auto line = Internal::argumentsOf(arguments, grammar.vocabulary);
+    Internal::Tries tries(grammar, line);
+    std::vector<Try> all;
+    all.reserve(grammar.forms.size());
+    for (std::size_t i = 0; i < grammar.forms.size(); ++i) all.push_back(tries.of(i));
+    const auto fits = [](const Try& each) { return each.attempt.fits; };
+    const auto count = std::count_if(all.begin(), all.end(), fits);
+    Explanation explanation;
+    if (arguments.empty() && (grammar.isExact() || count != 1)) {
+        explanation.outcome = Outcome::nothingGiven;
+    } else if (count != 1) {
+        explanation.outcome = count == 0 ? Outcome::nothingFits : Outcome::severalFit;
+    } else {
+        Try& fit = *std::find_if(all.begin(), all.end(), fits);
+        const Internal::Form& form = grammar.forms[fit.attempt.declaration];
+        judgeValues(form, fit);
+        explanation.outcome = outcomeOfFit(fit.attempt);
+        explanation.needsRoot = form.requiresRoot();
+    }
+    std::stable_sort(all.begin(), all.end(), isNearer);
+    for (Try& each : all) {
+        const bool isHidden = grammar.forms[each.attempt.declaration].isHidden();
+        if (isHidden && !each.isMeant && !each.attempt.fits) continue;
+        explanation.attempts.push_back(std::move(each.attempt));
+    }
+    return explanation;
+}
+
+}  // namespace
+
+Explanation explain(const Tool& tool, ArgumentList arguments) noexcept {
+    return explained(tool, arguments.texts());
+}
+
+Explanation explain(const Tool& tool, int argc, const char* const* argv) noexcept {
+    if (argc < 1) return explained(tool, {});
+    const Internal::TextBlock arguments(std::span(argv, static_cast<std::size_t>(argc)).subspan(1));
+    return explained(tool, arguments.texts());
+}
+
+}  // namespace Optrella

@@ -1,0 +1,74 @@
+#include "Optrella/Explain/Rejection.hpp"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "Optrella/Parameters/Decimal.hpp"
+#include "Optrella/Platform/Files.hpp"
+#include "Optrella/Values.hpp"
+
+namespace Optrella::Internal {
+
+namespace {
+
+std::optional<Text> said(const Text& value, std::string_view fault) noexcept {
+    return value.str().append(fault);
+}
+
+std::optional<Text> rejectionOf(const ParameterNumber& number) noexcept {
+    const std::optional<std::int64_t> value = decimal(number.common.userValue);
+    const std::int64_t min = *number.rangeMin();
+    const std::int64_t max = *number.rangeMax();
+    if (value && *value >= min && *value <= max) return std::nullopt;
+    return said(number.common.userValue, " is not a number from " + std::to_string(min) + " to " +
+                                             std::to_string(max));
+}
+
+std::optional<Text> rejectionOf(const ParameterUUID& uuid) noexcept {
+    if (UUID::fromText(uuid.common.userValue)) return std::nullopt;
+    return said(uuid.common.userValue, " is not a UUID");
+}
+
+// What the path leads to is meant: the dot makes the system follow a link.
+std::optional<Text> rejectionOf(const ParameterFileURL& path) noexcept {
+    const Text& value = path.common.userValue;
+    if (std::string_view(value).find('\0') != std::string_view::npos) return std::nullopt;
+    if (path.type == ParameterFileURL::urlType::fileOrFolder) return std::nullopt;
+    if (!Platform::fileExists(value.c_str())) return std::nullopt;
+    const bool isDirectory = Platform::isDirectory(value.str().append("/.").c_str());
+    const bool isMeant = path.type == ParameterFileURL::urlType::folder;
+    if (isDirectory == isMeant) return std::nullopt;
+    return said(value, isMeant ? " is not a directory" : " is a directory, not a file");
+}
+
+bool hasChoiceWithoutTags(const ParameterProtocol& given) noexcept {
+    const auto* list = given.as<ParameterList>();
+    return list != nullptr &&
+           std::any_of(list->validOptions().begin(), list->validOptions().end(),
+                       [](const ParameterNone& option) { return option.common.tags.empty(); });
+}
+
+// A list without the choices that nobody can name, at which the kind itself would stop.
+ParameterList nameable(const ParameterList& list) noexcept {
+    std::vector<ParameterNone> options;
+    for (const ParameterNone& option : list.validOptions()) {
+        if (!option.common.tags.empty()) options.push_back(option);
+    }
+    ParameterList named(list.common.tags, options, list.common.parameterName, list.common.tagHelp);
+    named.common.userValue = list.common.userValue;
+    return named;
+}
+
+}  // namespace
+
+std::optional<Text> rejection(const ParameterProtocol& given) noexcept {
+    if (hasChoiceWithoutTags(given)) return nameable(*given.as<ParameterList>()).validate();
+    if (std::optional<Text> message = given.validate()) return message;
+    if (const auto* number = given.as<ParameterNumber>()) return rejectionOf(*number);
+    if (const auto* uuid = given.as<ParameterUUID>()) return rejectionOf(*uuid);
+    if (const auto* path = given.as<ParameterFileURL>()) return rejectionOf(*path);
+    return std::nullopt;
+}
+
+}  // namespace Optrella::Internal

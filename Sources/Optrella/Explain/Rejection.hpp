@@ -1,0 +1,19 @@
+// Rejection.hpp - whether a value holds: what its kind says, and what is declared of it.
+
+#ifndef OPTRELLA_EXPLAIN_REJECTION_HPP
+#define OPTRELLA_EXPLAIN_REJECTION_HPP
+
+#include <optional>
+
+#include "Optrella/Parameters.hpp"
+
+namespace Optrella::Internal {
+
+// Returns why a value that was given does not hold, or nothing: the words of the kind's validate,
+// and beyond it that a number is one and within its bounds, a UUID is one, and an existing path is
+// a file or a directory as declared. A choice without tags is none.
+[[nodiscard]] std::optional<Text> rejection(const ParameterProtocol& given) noexcept;
+
+}  // namespace Optrella::Internal
+
+#endif

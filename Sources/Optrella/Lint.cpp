@@ -1,0 +1,119 @@
+#include "Optrella/Lint.hpp"
+
+#include <algorithm>
+
+#include "Optrella/Lint/Report.hpp"
+#include "Optrella/Tool/Synopsis.hpp"
+
+namespace Optrella {
+
+namespace {
+
+constexpr std::ptrdiff_t mostOfARule = 100;
+
+}  // namespace
+
+Text nameOf(Rule rule) noexcept {
+    switch (rule) {
+        case Rule::collision:
+            return "collision";
+        case Rule::unreachable:
+            return "unreachable";
+        case Rule::masked:
+            return "masked";
+        case Rule::shadowed:
+            return "shadowed";
+        case Rule::untagged:
+            return "untagged";
+        case Rule::choiceless:
+            return "choiceless";
+        case Rule::bounds:
+            return "bounds";
+        case Rule::operand:
+            return "operand";
+        case Rule::swallows:
+            return "swallows";
+        case Rule::unprintable:
+            return "unprintable";
+        case Rule::reserved:
+            return "reserved";
+    }
+    Internal::fatalStop();
+}
+
+Text nameOf(Severity severity) noexcept {
+    switch (severity) {
+        case Severity::error:
+            return "error";
+        case Severity::warning:
+            return "warning";
+        case Severity::note:
+            return "note";
+    }
+    Internal::fatalStop();
+}
+
+Findings lint(const Tool& tool, Notes notes) noexcept {
+    Internal::Report report(tool);
+    Internal::lintLines(report);
+    Internal::lintDeclarations(report);
+    Internal::lintOperands(report);
+    Internal::lintSwallowing(report);
+    Internal::lintTexts(report);
+    Findings findings = std::move(report).findings();
+    std::stable_sort(findings.begin(), findings.end(),
+                     [](const Finding& l, const Finding& r) { return l.rule < r.rule; });
+    if (notes == Notes::leftOut) {
+        std::erase_if(findings,
+                      [](const Finding& each) { return each.severity == Severity::note; });
+    }
+    return findings;
+}
+
+namespace Internal {
+
+void Report::add(Finding finding) noexcept {
+    if (!hasEnough(finding.rule)) findings_.push_back(std::move(finding));
+}
+
+bool Report::hasEnough(Rule rule) const noexcept {
+    return std::count_if(findings_.begin(), findings_.end(), [rule](const Finding& each) {
+               return each.rule == rule;
+           }) >= mostOfARule;
+}
+
+std::string Report::declaration(std::size_t index) const noexcept {
+    return "declaration " + std::to_string(index) + " (" +
+           quoted(commandName(grammar.forms[index])) + ")";
+}
+
+std::vector<Text> Report::texts(std::span<const Symbol> line,
+                                std::size_t declaration) const noexcept {
+    std::vector<Text> texts;
+    Walk walk(grammar.forms[declaration], grammar.spelling);
+    for (const Symbol word : line) {
+        texts.push_back(lexicon[word].text);
+        const bool isRead = walk.read(lexicon[word]) == Reading::accepted;
+        if (word != Vocabulary::unknown || !isRead || walk.valued() == noSlot) continue;
+        const auto* number = walk.form().slot(walk.valued()).parameter.as<ParameterNumber>();
+        if (number == nullptr) continue;
+        const std::int64_t least = std::max<std::int64_t>(*number->rangeMin(), 0);
+        const Text shown = std::to_string(std::min(std::max<std::int64_t>(least, 1),
+                                                   std::max<std::int64_t>(*number->rangeMax(), 0)));
+        if (grammar.vocabulary.find(shown) == Vocabulary::unknown) texts.back() = shown;
+    }
+    return texts;
+}
+
+std::string quotedLine(const std::vector<Text>& line) noexcept {
+    std::string typed;
+    for (const Text& each : line) {
+        if (!typed.empty()) typed += ' ';
+        typed += std::string_view(each);
+    }
+    return quoted(typed);
+}
+
+}  // namespace Internal
+
+}  // namespace Optrella

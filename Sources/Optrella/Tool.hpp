@@ -1,0 +1,113 @@
+// Tool.hpp - a tool as its author describes it: the declarations, and how they are spelled.
+//
+// The declarations are those that parse takes. What stands beside them says what people expect of a
+// command line: which parameters may go without their tags, which may be given again, what lists
+// their values. Functions over a Tool are in headers of their own: Explain.hpp, Complete.hpp,
+// Lint.hpp. They print nothing, run no action, stop at nothing that a declaration says, and are
+// safe on any thread. Nothing of this is linked into a tool that does not use it.
+
+#ifndef OPTRELLA_TOOL_HPP
+#define OPTRELLA_TOOL_HPP
+
+#include <cstdint>
+#include <optional>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "Optrella/CommandLine.hpp"
+#include "Optrella/Export.hpp"
+#include "Optrella/Parameters.hpp"
+#include "Optrella/Text.hpp"
+#include "Optrella/Tool/CommandLines.hpp"
+#include "Optrella/Tool/Lister.hpp"
+#include "Optrella/Tool/ValueParameter.hpp"
+
+namespace Optrella {
+
+// How the arguments are read.
+enum class Spelling : std::uint8_t {
+    // As people write them: `--name=value`, joined short options, `--` before what is no option,
+    // operands without their tags; each parameter once.
+    conventional,
+    // As parse reads them: each argument is a tag, or the value of the tag before it.
+    exact,
+};
+
+// How many arguments an operand takes.
+enum class Takes : std::uint8_t {
+    one,
+    many,  // one after the other; only the last operand of a declaration
+    rest,  // all that follow, whatever they are: another command's line
+};
+
+// A parameter whose tag may be left out. It is one in every declaration that declares it.
+class OPTRELLA_API Operand : public Internal::ValueParameter {
+public:
+    template <Internal::NamesCommon Kind>
+    Operand(const Kind& parameter, Takes takes = Takes::one) noexcept
+        : ValueParameter(parameter.common), takes_(takes) {
+        static_assert(!std::is_same_v<Kind, ParameterNone>,
+                      "an operand takes a value: a flag, which takes none, cannot be one");
+    }
+    Operand(const ParameterProtocol& parameter, Takes takes = Takes::one) noexcept
+        : ValueParameter(parameter.common()), takes_(takes) {}
+
+    [[nodiscard]] Takes takes() const noexcept { return takes_; }
+
+private:
+    Takes takes_;
+};
+
+// A parameter that may be given more than once: fetchAllStrings and its like return all values.
+class OPTRELLA_API Repeated : public Internal::ValueParameter {
+public:
+    template <Internal::NamesCommon Kind>
+    Repeated(const Kind& parameter) noexcept : ValueParameter(parameter.common) {
+        static_assert(!std::is_same_v<Kind, ParameterNone>,
+                      "a flag may always be given again: name parameters that take a value");
+    }
+    Repeated(const ParameterProtocol& parameter) noexcept : ValueParameter(parameter.common()) {}
+};
+
+// A parameter, and what lists its values while a command line is being typed. The list is asked
+// for only then, and may be long or empty.
+class OPTRELLA_API Completer : public Internal::ValueParameter {
+public:
+    // The lister is anything that can be called without arguments and returns a range of texts or
+    // strings; copies of the completer share it.
+    template <Internal::NamesCommon Kind, class Callable>
+    Completer(const Kind& parameter, Callable&& lister) noexcept
+        : ValueParameter(parameter.common), lister_(std::forward<Callable>(lister)) {
+        static_assert(!std::is_same_v<Kind, ParameterNone>,
+                      "a completer lists values: a flag, which takes none, cannot have one");
+    }
+    template <class Callable>
+    Completer(const ParameterProtocol& parameter, Callable&& lister) noexcept
+        : ValueParameter(parameter.common()), lister_(std::forward<Callable>(lister)) {}
+
+    // Asks the lister. An exception that leaves it ends the process.
+    [[nodiscard]] std::vector<Text> values() const noexcept { return lister_(); }
+
+private:
+    Internal::Lister lister_;
+};
+
+// What a tool is: made with designated initialisers, copied and kept as a value.
+//
+//     const Tool tool{.name = "items", .summary = "Manage items.", .commandLines = commandLines};
+struct OPTRELLA_API Tool {
+    Text name = "";               // as it is typed
+    Text version = "";            // empty: the tool says none
+    Text summary = "";            // a sentence
+    CommandLines commandLines{};  // views what has a name, keeps what has none
+    std::vector<Operand> operands{};      // in the order of the line
+    std::vector<Repeated> repeated{};     // may be given more than once
+    std::vector<Completer> completers{};  // list values
+    Spelling spelling = Spelling::conventional;  // parse itself always reads exactly
+    int manualSection = 1;                       // 1, or 8 for administrators' commands
+};
+
+}  // namespace Optrella
+
+#endif

@@ -1,0 +1,45 @@
+#include "Optrella/Tool/Argument.hpp"
+
+#include <string>
+
+#include "Optrella/Text/Unicode.hpp"
+
+namespace Optrella::Internal {
+
+Argument::Argument(const Text& argument, const Vocabulary& vocabulary) noexcept
+    : text(argument),
+      symbol(vocabulary.find(argument)),
+      isOptionLike(looksLikeOption(argument)) {
+    if (!isOptionLike) return;
+    if (static_cast<std::string_view>(text).starts_with("--")) {
+        lookUpAssignment(vocabulary);
+    } else {
+        lookUpLetters(vocabulary);
+    }
+}
+
+void Argument::lookUpAssignment(const Vocabulary& vocabulary) noexcept {
+    const std::string_view bytes = text;
+    const std::size_t equals = bytes.find('=');
+    if (equals == std::string_view::npos) return;
+    assignment = {vocabulary.find(bytes.substr(0, equals)), equals + 1};
+}
+
+void Argument::lookUpLetters(const Vocabulary& vocabulary) noexcept {
+    const std::string_view bytes = text;
+    // The dash may be the beginning of another character.
+    if (firstCharacterSize(bytes) != 1) return;
+    for (std::size_t place = 1; place < bytes.size();) {
+        const std::size_t size = firstCharacterSize(bytes.substr(place));
+        std::string option = "-";
+        option += bytes.substr(place, size);
+        place += size;
+        letters.push_back({vocabulary.find(option), place});
+    }
+    if (letters.size() < 2) letters.clear();
+    std::string longOption = "-";
+    longOption += bytes.substr(0, bytes.find('='));
+    withSecondDash = vocabulary.find(longOption);
+}
+
+}  // namespace Optrella::Internal

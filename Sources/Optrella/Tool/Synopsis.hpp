@@ -1,0 +1,28 @@
+// Synopsis.hpp - how a declaration is written in a line of usage.
+
+#ifndef OPTRELLA_TOOL_SYNOPSIS_HPP
+#define OPTRELLA_TOOL_SYNOPSIS_HPP
+
+#include <cstddef>
+#include <string>
+
+#include "Optrella/Tool/Grammar.hpp"
+
+namespace Optrella::Internal {
+
+// Returns "list [-s|--sort ORDER] DISK...": the words, the options, the operands. Where that is
+// wider than `width` columns, "[OPTIONS]" stands for those that need not be given.
+[[nodiscard]] std::string synopsis(const Form& form, std::size_t width) noexcept;
+
+// Returns the words that name the command, "volume create", or the whole synopsis where it has none.
+[[nodiscard]] std::string commandName(const Form& form) noexcept;
+
+// Returns what a person calls a parameter: DISK for an operand, '-n' in quotation marks otherwise.
+[[nodiscard]] std::string label(const SlotRules& rules) noexcept;
+
+// Returns a text in quotation marks, as a terminal may get it.
+[[nodiscard]] std::string quoted(std::string_view bytes) noexcept;
+
+}  // namespace Optrella::Internal
+
+#endif

@@ -1,0 +1,16 @@
+// ToolCalls.hpp - the calls that take a tool: its declarations, and what it says beside them.
+
+#ifndef OPTRELLA_TESTS_BEHAVIOUR_TOOLCALLS_HPP
+#define OPTRELLA_TESTS_BEHAVIOUR_TOOLCALLS_HPP
+
+#include "Cases.hpp"
+
+namespace Behaviour {
+
+json callExplain(const json& aCase);
+json callComplete(const json& aCase);
+json callLint(const json& aCase);
+
+}  // namespace Behaviour
+
+#endif
