@@ -255,9 +255,31 @@ def accented_rows():
                   f"{matched('plain-100'):,} for ASCII words", "{:,.0f}")
 
 
+# Each is asked of a tool whose commands all share five options and an operand: what, of how many
+# commands, with which arguments, and in how many milliseconds of the processor, the process included.
+QUESTIONS = [
+    ("19a", "explain", 500, ["enable-hots", "--nmae", "x"], 5),
+    ("19b", "explain", 10, ["add-account", *(f"item{number}" for number in range(10000))], 50),
+    ("19c", "complete", 500, [], 10),
+    ("19d", "complete", 500, ["--name"], 10),
+    ("19e", "lint", 100, [], 50),
+    ("19f", "lint", 500, [], 1000),
+]
+
+
+def question_rows(rounds=5):
+    commands = {number: [BUILD / f"questions-{count}", question, *arguments]
+                for number, question, count, arguments, _ in QUESTIONS}
+    seconds = measure.in_rounds(commands, rounds)
+    for number, question, count, arguments, must in QUESTIONS:
+        yield Row(number, f"{question} at N={count}, {len(arguments):,} arguments", seconds[number][1] * 1000, must,
+                  must / 2, f"milliseconds of the processor, the whole process; median of {rounds}", "{:.1f} ms")
+
+
 def gated_ratios():
-    """Both sides are counted in one run, so that no compiler is to blame."""
-    return [*match_ratios(), item_ratio(), help_ratio()]
+    """Both sides are counted in one run, so that no compiler is to blame; the times are far below what
+    they must be."""
+    return [*match_ratios(), item_ratio(), help_ratio(), *question_rows()]
 
 
 def all_rows():
@@ -267,6 +289,7 @@ def all_rows():
     yield compile_row()
     yield size_row()
     yield from accented_rows()
+    yield from question_rows()
 
 
 # ---- Every parser beside the others ----

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "Optrella/Text/Characters.hpp"
-#include "Optrella/Tool/Rivals.hpp"
 #include "Optrella/Tool/LineSearch.hpp"
+#include "Optrella/Tool/Rivals.hpp"
 
 namespace Optrella {
 
@@ -52,12 +52,14 @@ class Completion {
 public:
     Completion(const Tool& tool, std::span<const Text> before, const Text& current,
                Offers offers) noexcept
-        : tool_(tool),
-          grammar_(tool),
+        : grammar_(tool),
           lexicon_(grammar_),
           rivals_(grammar_, lexicon_, before),
           current_(current),
-          isReduced_(offers == Offers::reduced && current_.empty()) {}
+          isReduced_(offers == Offers::reduced && current_.empty()) {
+        for (const Completer& each : tool.completers)
+            listed_.push_back({&each, false, false, {}, {}});
+    }
 
     std::vector<Offer> offers() noexcept {
         for (const Contender& each : rivals_.candidates()) offerAfter(each);
@@ -105,9 +107,8 @@ private:
         }
         if (isReduced_ && tags.size() > 1) tags = {longest(tags)};
         for (const Text& tag : tags) {
-            add(rank, {.kind = Offer::Kind::tag,
-                       .word = tag,
-                       .help = rules.parameter.common().tagHelp});
+            add(rank,
+                {.kind = Offer::Kind::tag, .word = tag, .help = rules.parameter.common().tagHelp});
         }
     }
 
@@ -139,7 +140,9 @@ private:
             const Text& word = option.common.tags.front();
             const Symbol symbol = grammar_.vocabulary.find(word);
             if (!current_.isOf(word) || !lexicon_.mayStand(symbol)) continue;
-            if (words_.contains(word) || !rivals_.leadsOn(contender, symbol, {Use::As::value, slot})) continue;
+            if (words_.contains(word) ||
+                !rivals_.leadsOn(contender, symbol, {Use::As::value, slot}))
+                continue;
             add(Rank::value, {.kind = Offer::Kind::choice,
                               .word = word,
                               .help = option.common.tagHelp,
@@ -149,35 +152,60 @@ private:
 
     // Returns whether the parameter has a completer.
     bool offerListed(const Contender& contender, Slot slot) noexcept {
+        Listed* const listed = listedOf(contender.form(), slot);
+        if (listed == nullptr) return false;
         const commonDetails& common = contender.form().slot(slot).parameter.common();
-        const Completer* completer = nullptr;
-        for (const Completer& each : tool_.completers) {
-            if (!each.firstTag()) continue;
-            const Symbol tag = grammar_.vocabulary.find(*each.firstTag());
-            if (contender.form().ownerOf(tag) == slot) completer = &each;
-        }
-        if (completer == nullptr) return false;
-        const bool isFreeWordGood = rivals_.leadsOn(contender, Vocabulary::unknown, {Use::As::value, slot});
-        for (const Text& value : completer->values()) {
-            if (!current_.isOf(value)) continue;
-            const Symbol symbol = grammar_.vocabulary.find(value);
-            const bool isFree = symbol == Vocabulary::unknown;
-            if (isFree && std::string_view(value).starts_with('-')) continue;
-            if (isFree ? !isFreeWordGood
-                       : !lexicon_.mayStand(symbol) || !rivals_.leadsOn(contender, symbol, {Use::As::value, slot})) {
-                continue;
-            }
+        const auto offer = [&](const Text& value) {
             add(Rank::value, {.kind = Offer::Kind::value,
                               .word = value,
                               .help = common.tagHelp,
                               .name = common.parameterName});
+        };
+        if (!listed->isAsked) ask(*listed);
+        if (!listed->areFreeOffered &&
+            rivals_.leadsOn(contender, Vocabulary::unknown, {Use::As::value, slot})) {
+            listed->areFreeOffered = true;
+            for (const Text& value : listed->freeWords) offer(value);
+        }
+        for (const Text& value : listed->otherWords) {
+            const Symbol symbol = grammar_.vocabulary.find(value);
+            if (words_.contains(value) || !lexicon_.mayStand(symbol)) continue;
+            if (rivals_.leadsOn(contender, symbol, {Use::As::value, slot})) offer(value);
         }
         return true;
     }
 
+    // What a completer lists, asked for once.
+    struct Listed {
+        const Completer* completer;
+        bool isAsked = false;
+        bool areFreeOffered = false;
+        std::vector<Text> freeWords;   // that are no tag and no choice, and so all alike
+        std::vector<Text> otherWords;  // that are
+    };
+
+    Listed* listedOf(const Form& form, Slot slot) noexcept {
+        for (Listed& each : listed_) {
+            const std::optional<Text>& tag = each.completer->firstTag();
+            if (tag && form.ownerOf(grammar_.vocabulary.find(*tag)) == slot) return &each;
+        }
+        return nullptr;
+    }
+
+    void ask(Listed& listed) const noexcept {
+        listed.isAsked = true;
+        for (const Text& value : listed.completer->values()) {
+            if (!current_.isOf(value)) continue;
+            if (grammar_.vocabulary.find(value) != Vocabulary::unknown) {
+                listed.otherWords.push_back(value);
+            } else if (!std::string_view(value).starts_with('-')) {
+                listed.freeWords.push_back(value);
+            }
+        }
+    }
+
     void offerPlaceholder(const Contender& contender, Slot slot) noexcept {
         if (!current_.mayBeOfFreeWord()) return;
-        if (!rivals_.leadsOn(contender, Vocabulary::unknown, {Use::As::value, slot})) return;
         const ParameterView& parameter = contender.form().slot(slot).parameter;
         Offer offer{.kind = Offer::Kind::value,
                     .help = parameter.common().tagHelp,
@@ -187,27 +215,24 @@ private:
             offer.pathType = path->type;
             offer.pathState = path->state;
         }
-        add(Rank::value, std::move(offer));
+        const bool isKnown =
+            std::any_of(offers_.begin(), offers_.end(),
+                        [&offer](const RankedOffer& each) { return each.offer == offer; });
+        if (isKnown) return;
+        if (!rivals_.leadsOn(contender, Vocabulary::unknown, {Use::As::value, slot})) return;
+        offers_.push_back({Rank::value, std::move(offer)});
     }
 
     void add(Rank rank, Offer offer) noexcept {
-        if (offer.word) {
-            if (!words_.insert(*offer.word).second) return;
-        } else {
-            const bool isKnown =
-                std::any_of(offers_.begin(), offers_.end(),
-                            [&offer](const RankedOffer& each) { return each.offer == offer; });
-            if (isKnown) return;
-        }
-        offers_.push_back({rank, std::move(offer)});
+        if (words_.insert(*offer.word).second) offers_.push_back({rank, std::move(offer)});
     }
 
-    const Tool& tool_;
     const Grammar grammar_;
     const Lexicon lexicon_;
     Rivals rivals_;
     const Beginning current_;
     const bool isReduced_;
+    std::vector<Listed> listed_;
     std::vector<RankedOffer> offers_;
     std::unordered_set<Text> words_;  // that are offered
 };

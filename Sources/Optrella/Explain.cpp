@@ -16,21 +16,8 @@ namespace {
 
 using Internal::Try;
 
-// The parameters as an action is given them, in the order in which it is given them.
-Parameters parametersOf(const Internal::Form& form, const Try& fit) noexcept {
-    Parameters given;
-    for (const bool areRequired : {true, false}) {
-        for (const Internal::Gift& gift : fit.gifts) {
-            const Internal::SlotRules& rules = form.slot(gift.slot);
-            if (rules.isRequired != areRequired || !rules.takesValue) continue;
-            given.emplace_back(rules.parameter).storeUserValue(gift.value);
-        }
-    }
-    return given;
-}
-
 void judgeValues(const Internal::Form& form, Try& fit) noexcept {
-    for (const ParameterProtocol& each : parametersOf(form, fit)) {
+    for (const ParameterProtocol& each : Internal::parametersOf(form, fit.gifts)) {
         const std::optional<Text> message = Internal::rejection(each);
         if (!message) continue;
         const Tags& tags = each.common().tags;

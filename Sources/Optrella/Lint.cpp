@@ -77,9 +77,8 @@ void Report::add(Finding finding) noexcept {
 }
 
 bool Report::hasEnough(Rule rule) const noexcept {
-    return std::count_if(findings_.begin(), findings_.end(), [rule](const Finding& each) {
-               return each.rule == rule;
-           }) >= mostOfARule;
+    return std::count_if(findings_.begin(), findings_.end(),
+                         [rule](const Finding& each) { return each.rule == rule; }) >= mostOfARule;
 }
 
 std::string Report::declaration(std::size_t index) const noexcept {

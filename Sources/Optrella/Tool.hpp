@@ -97,13 +97,13 @@ private:
 //
 //     const Tool tool{.name = "items", .summary = "Manage items.", .commandLines = commandLines};
 struct OPTRELLA_API Tool {
-    Text name = "";               // as it is typed
-    Text version = "";            // empty: the tool says none
-    Text summary = "";            // a sentence
-    CommandLines commandLines{};  // views what has a name, keeps what has none
-    std::vector<Operand> operands{};      // in the order of the line
-    std::vector<Repeated> repeated{};     // may be given more than once
-    std::vector<Completer> completers{};  // list values
+    Text name = "";                              // as it is typed
+    Text version = "";                           // empty: the tool says none
+    Text summary = "";                           // a sentence
+    CommandLines commandLines{};                 // views what has a name, keeps what has none
+    std::vector<Operand> operands{};             // in the order of the line
+    std::vector<Repeated> repeated{};            // may be given more than once
+    std::vector<Completer> completers{};         // list values
     Spelling spelling = Spelling::conventional;  // parse itself always reads exactly
     int manualSection = 1;                       // 1, or 8 for administrators' commands
 };

@@ -23,12 +23,9 @@ json listed(const std::vector<Text>& values) {
 // ---- The tool ----
 
 CommandLinePossibility declaration(const json& description) {
-    return {boolean(at(description, "requiresRoot")),
-            parameters(at(description, "required")),
-            parameters(at(description, "optional")),
-            bytes(at(description, "help")),
-            boolean(at(description, "hidden")),
-            [](const Parameters&) {}};
+    return {boolean(at(description, "requiresRoot")), parameters(at(description, "required")),
+            parameters(at(description, "optional")),  bytes(at(description, "help")),
+            boolean(at(description, "hidden")),       [](const Parameters&) {}};
 }
 
 std::vector<CommandLinePossibility> declarations(const json& aCase) {
@@ -170,9 +167,9 @@ json callExplain(const json& aCase) {
 json callComplete(const json& aCase) {
     const bool areAll = aCase.contains("all") && boolean(aCase["all"]);
     json offers = json::array();
-    for (const Offer& each : complete(toolOf(aCase), texts(at(aCase, "before")),
-                                      bytes(at(aCase, "current")),
-                                      areAll ? Offers::all : Offers::reduced)) {
+    for (const Offer& each :
+         complete(toolOf(aCase), texts(at(aCase, "before")), bytes(at(aCase, "current")),
+                  areAll ? Offers::all : Offers::reduced)) {
         offers.push_back({{"kind", nameOf(each.kind)},
                           {"word", orNull(each.word)},
                           {"help", text(each.help)},

@@ -1,9 +1,11 @@
 #include "Optrella/Explain/Nearness.hpp"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "Optrella/Text/Characters.hpp"
+#include "Optrella/Text/Unicode.hpp"
 
 namespace Optrella::Internal {
 
@@ -16,50 +18,100 @@ std::string_view withoutDashes(std::string_view bytes) noexcept {
     return bytes.substr(std::min(bytes.find_first_not_of('-'), bytes.size()));
 }
 
-}  // namespace
+// Three rows of a table: how much it takes from the first i characters to the first j.
+class Rows {
+public:
+    explicit Rows(std::size_t width) noexcept {
+        if (width > few) many_.resize(3 * width);
+        std::size_t* cells = many_.empty() ? cells_ : many_.data();
+        beforeLast = cells;
+        last = cells + width;
+        now = cells + 2 * width;
+    }
+    void turn() noexcept {
+        std::swap(beforeLast, last);
+        std::swap(last, now);
+    }
 
-std::optional<std::size_t> mistakes(const std::vector<std::string>& typed,
-                                    const std::vector<std::string>& meant,
+    std::size_t* beforeLast;
+    std::size_t* last;
+    std::size_t* now;
+
+private:
+    static constexpr std::size_t few = 32;
+
+    std::size_t cells_[3 * few];
+    std::vector<std::size_t> many_;
+};
+
+// The number of characters to insert, remove or change, or of neighbours to exchange, no piece
+// being touched twice; nothing when there are more than `most`.
+template <class Characters>
+std::optional<std::size_t> mistakes(const Characters& typed, const Characters& meant,
                                     std::size_t most) noexcept {
     const auto [shorter, longer] = std::minmax({typed.size(), meant.size()});
     if (longer - shorter > most) return std::nullopt;
-    // Rows of a table: how many it takes from the first i characters to the first j.
-    std::vector<std::size_t> beforeLast(meant.size() + 1);
-    std::vector<std::size_t> last(meant.size() + 1);
-    std::vector<std::size_t> row(meant.size() + 1);
-    for (std::size_t j = 0; j <= meant.size(); ++j) row[j] = j;
+    Rows rows(meant.size() + 1);
+    std::iota(rows.now, rows.now + meant.size() + 1, std::size_t{0});
     for (std::size_t i = 1; i <= typed.size(); ++i) {
-        std::swap(beforeLast, last);
-        std::swap(last, row);
-        row[0] = i;
+        rows.turn();
+        rows.now[0] = i;
+        std::size_t least = i;
         for (std::size_t j = 1; j <= meant.size(); ++j) {
             const std::size_t change = typed[i - 1] == meant[j - 1] ? 0 : 1;
-            row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + change});
-            const bool areExchanged = i > 1 && j > 1 && typed[i - 1] == meant[j - 2] &&
-                                      typed[i - 2] == meant[j - 1];
-            if (areExchanged) row[j] = std::min(row[j], beforeLast[j - 2] + 1);
+            std::size_t cell =
+                std::min({rows.last[j] + 1, rows.now[j - 1] + 1, rows.last[j - 1] + change});
+            const bool areExchanged =
+                i > 1 && j > 1 && typed[i - 1] == meant[j - 2] && typed[i - 2] == meant[j - 1];
+            if (areExchanged) cell = std::min(cell, rows.beforeLast[j - 2] + 1);
+            rows.now[j] = cell;
+            least = std::min(least, cell);
         }
-        const auto least = *std::min_element(row.begin(), row.end());
+        // An exchange looks two rows back.
         if (least > most + 1) return std::nullopt;
     }
-    return row.back() <= most ? std::optional(row.back()) : std::nullopt;
+    const std::size_t all = rows.now[meant.size()];
+    return all <= most ? std::optional(all) : std::nullopt;
 }
 
-Comparable::Comparable(std::string_view bytes) noexcept
-    : characters_(canonicalCharacters(withoutDashes(bytes))),
-      folded_(withoutCase(withoutDashes(bytes))) {}
+template <class Characters>
+std::optional<std::size_t> distance(const Characters& typed, const Characters& meant) noexcept {
+    const bool isBeginning =
+        typed.size() < meant.size() && std::equal(typed.begin(), typed.end(), meant.begin());
+    if (isBeginning) return 1;
+    const std::size_t longer = std::max(typed.size(), meant.size());
+    return mistakes(typed, meant, std::max<std::size_t>(longer / 3, 1));
+}
 
-bool Comparable::isBeginningOf(const Comparable& tag) const noexcept {
-    return characters_.size() < tag.characters_.size() &&
-           std::equal(characters_.begin(), characters_.end(), tag.characters_.begin());
+bool isCharacterEach(std::string_view bytes) noexcept {
+    return isASCII(bytes) && bytes.find('\r') == std::string_view::npos;
+}
+
+}  // namespace
+
+Comparable::Comparable(std::string_view bytes) noexcept
+    : bytes_(withoutDashes(bytes)),
+      folded_(withoutCase(bytes_)),
+      isPlain_(isCharacterEach(bytes_)),
+      size_(bytes_.size()) {
+    if (isPlain_) return;
+    characters_ = canonicalCharacters(bytes_);
+    size_ = characters_.size();
+}
+
+std::vector<std::string> Comparable::characters() const noexcept {
+    return isPlain_ ? canonicalCharacters(bytes_) : characters_;
 }
 
 std::optional<std::size_t> Comparable::distanceTo(const Comparable& tag) const noexcept {
+    // Dashes alone are like nothing.
+    if (size_ == 0 || tag.size_ == 0) return std::nullopt;
     if (folded_ == tag.folded_) return 0;
-    const auto [shorter, longer] = std::minmax({characters_.size(), tag.characters_.size()});
-    if (shorter < shortest) return std::nullopt;
-    if (isBeginningOf(tag)) return 1;
-    return mistakes(characters_, tag.characters_, std::max<std::size_t>(longer / 3, 1));
+    if (std::min(size_, tag.size_) < shortest) return std::nullopt;
+    // What is typed may be a beginning, and so much shorter, but not longer.
+    if (size_ > tag.size_ + std::max<std::size_t>(size_ / 3, 1)) return std::nullopt;
+    if (isPlain_ && tag.isPlain_) return distance(bytes_, tag.bytes_);
+    return distance(characters(), tag.characters());
 }
 
 }  // namespace Optrella::Internal

@@ -21,17 +21,14 @@ public:
     [[nodiscard]] std::optional<std::size_t> distanceTo(const Comparable& tag) const noexcept;
 
 private:
-    [[nodiscard]] bool isBeginningOf(const Comparable& tag) const noexcept;
+    [[nodiscard]] std::vector<std::string> characters() const noexcept;
 
-    std::vector<std::string> characters_;
-    std::string folded_;  // without case
+    std::string bytes_;
+    std::string folded_;                   // without case
+    bool isPlain_;                         // each byte is a character
+    std::vector<std::string> characters_;  // where they are not
+    std::size_t size_;                     // in characters
 };
-
-// Returns the number of characters to insert, remove or change, or of neighbours to exchange, no
-// piece being touched twice; nothing when there are more than `most`.
-[[nodiscard]] std::optional<std::size_t> mistakes(const std::vector<std::string>& typed,
-                                                  const std::vector<std::string>& meant,
-                                                  std::size_t most) noexcept;
 
 }  // namespace Optrella::Internal
 

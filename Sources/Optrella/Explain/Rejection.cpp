@@ -13,7 +13,7 @@ namespace Optrella::Internal {
 namespace {
 
 std::optional<Text> said(const Text& value, std::string_view fault) noexcept {
-    return value.str().append(fault);
+    return (value.empty() ? "''" : value.str()).append(fault);
 }
 
 std::optional<Text> rejectionOf(const ParameterNumber& number) noexcept {
@@ -21,8 +21,8 @@ std::optional<Text> rejectionOf(const ParameterNumber& number) noexcept {
     const std::int64_t min = *number.rangeMin();
     const std::int64_t max = *number.rangeMax();
     if (value && *value >= min && *value <= max) return std::nullopt;
-    return said(number.common.userValue, " is not a number from " + std::to_string(min) + " to " +
-                                             std::to_string(max));
+    return said(number.common.userValue,
+                " is not a number from " + std::to_string(min) + " to " + std::to_string(max));
 }
 
 std::optional<Text> rejectionOf(const ParameterUUID& uuid) noexcept {
@@ -62,9 +62,23 @@ ParameterList nameable(const ParameterList& list) noexcept {
 
 }  // namespace
 
+Parameters parametersOf(const Form& form, std::span<const Gift> gifts) noexcept {
+    Parameters given;
+    for (const bool areRequired : {true, false}) {
+        for (const Gift& gift : gifts) {
+            const SlotRules& rules = form.slot(gift.slot);
+            if (rules.isRequired != areRequired) continue;
+            given.emplace_back(rules.parameter);
+            if (rules.takesValue) given.back().storeUserValue(gift.value);
+        }
+    }
+    return given;
+}
+
 std::optional<Text> rejection(const ParameterProtocol& given) noexcept {
     if (hasChoiceWithoutTags(given)) return nameable(*given.as<ParameterList>()).validate();
     if (std::optional<Text> message = given.validate()) return message;
+    if (!given.common().hasParameter) return std::nullopt;
     if (const auto* number = given.as<ParameterNumber>()) return rejectionOf(*number);
     if (const auto* uuid = given.as<ParameterUUID>()) return rejectionOf(*uuid);
     if (const auto* path = given.as<ParameterFileURL>()) return rejectionOf(*path);

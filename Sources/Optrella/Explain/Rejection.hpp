@@ -4,8 +4,10 @@
 #define OPTRELLA_EXPLAIN_REJECTION_HPP
 
 #include <optional>
+#include <span>
 
 #include "Optrella/Parameters.hpp"
+#include "Optrella/Tool/Walk.hpp"
 
 namespace Optrella::Internal {
 
@@ -13,6 +15,10 @@ namespace Optrella::Internal {
 // and beyond it that a number is one and within its bounds, a UUID is one, and an existing path is
 // a file or a directory as declared. A choice without tags is none.
 [[nodiscard]] std::optional<Text> rejection(const ParameterProtocol& given) noexcept;
+
+// Returns the parameters as an action is given them, in the order in which it is given them: the
+// required ones, then the others, each in the order of the line.
+[[nodiscard]] Parameters parametersOf(const Form& form, std::span<const Gift> gifts) noexcept;
 
 }  // namespace Optrella::Internal
 

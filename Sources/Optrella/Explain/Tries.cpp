@@ -67,8 +67,8 @@ void Tries::reject(const Walk& walk, Reading reading, std::size_t place,
     if (reading == Reading::takesNoValue) {
         attempt.why = UnknownArgument::takesNoValue;
     } else {
-        attempt.why = isPlain(walk, line_[place]) ? UnknownArgument::notExpected
-                                                  : UnknownArgument::notKnown;
+        attempt.why =
+            isPlain(walk, line_[place]) ? UnknownArgument::notExpected : UnknownArgument::notKnown;
     }
 }
 
@@ -123,7 +123,8 @@ std::optional<Tries::Near> Tries::nearest(const SlotRules& rules) noexcept {
     std::optional<Near> nearest;
     for (const std::size_t argument : candidates_) {
         for (const Text& tag : rules.tags()) {
-            const std::optional<std::size_t> found = distance(argument, tag);
+            const std::optional<std::size_t> found =
+                comparableArgument(argument).distanceTo(comparableTag(tag));
             if (found && (!nearest || *found < nearest->distance)) {
                 nearest = Near{*found, argument, &tag};
             }
@@ -142,9 +143,8 @@ std::vector<Text> Tries::nearTags(const Walk& walk, std::size_t argument) noexce
         if (walk.state().given.contains(owner)) continue;
         for (const Text& tag : rules.tags()) {
             const Symbol symbol = grammar_->vocabulary.find(tag);
-            const bool isKnown = std::any_of(all.begin(), all.end(), [&tag](const Near& each) {
-                return *each.tag == tag;
-            });
+            const bool isKnown = std::any_of(all.begin(), all.end(),
+                                             [&tag](const Near& each) { return *each.tag == tag; });
             if (isKnown || walk.form().ownerOf(symbol) != owner) continue;
             const std::optional<std::size_t> found = distance(argument, tag);
             if (found) all.push_back({*found, argument, &tag});
@@ -160,7 +160,13 @@ std::vector<Text> Tries::nearTags(const Walk& walk, std::size_t argument) noexce
 }
 
 std::optional<std::size_t> Tries::distance(std::size_t argument, const Text& tag) noexcept {
-    return comparableArgument(argument).distanceTo(comparableTag(tag));
+    if (argument != measured_) {
+        measured_ = argument;
+        distances_.assign(tags_.size(), std::nullopt);
+    }
+    auto& known = distances_[static_cast<std::size_t>(grammar_->vocabulary.find(tag))];
+    if (!known) known = comparableArgument(argument).distanceTo(comparableTag(tag));
+    return *known;
 }
 
 // Of "--name=value" the name is compared.

@@ -33,7 +33,9 @@ class Tries {
 public:
     // Views both.
     Tries(const Grammar& grammar, std::span<const Argument> line) noexcept
-        : grammar_(&grammar), line_(line), tags_(static_cast<std::size_t>(grammar.vocabulary.size())),
+        : grammar_(&grammar),
+          line_(line),
+          tags_(static_cast<std::size_t>(grammar.vocabulary.size())),
           arguments_(line.size()) {}
 
     [[nodiscard]] Try of(std::size_t declaration) noexcept;
@@ -60,6 +62,9 @@ private:
     std::span<const Argument> line_;
     std::vector<std::size_t> candidates_;  // plain arguments that may be mistyped tags
     std::vector<std::optional<Comparable>> tags_;
+    // How near the tags are to one argument: declarations share most of them.
+    std::size_t measured_ = static_cast<std::size_t>(-1);
+    std::vector<std::optional<std::optional<std::size_t>>> distances_;
     std::vector<std::optional<Comparable>> arguments_;
 };
 

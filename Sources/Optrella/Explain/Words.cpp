@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "Optrella/Explain.hpp"
+#include "Optrella/Explain/Rejection.hpp"
 #include "Optrella/Explain/Tries.hpp"
 #include "Optrella/Text/Characters.hpp"
 #include "Optrella/Text/Escapes.hpp"
@@ -36,6 +38,8 @@ std::string printable(const Text& message) noexcept {
     return escaped;
 }
 
+constexpr auto widest = static_cast<std::size_t>(-1);
+
 class Words {
 public:
     Words(const Tool& tool, std::span<const Text> arguments, const Explanation& explanation,
@@ -51,8 +55,7 @@ public:
             case Outcome::runs:
                 break;
             case Outcome::nothingGiven:
-                say({"no command is given"});
-                sayWhereHelpIs();
+                sayNothing();
                 break;
             case Outcome::severalFit:
                 saySeveral();
@@ -85,6 +88,11 @@ private:
         say({"'", tool_.name, " --help' shows all commands"});
     }
 
+    void sayNothing() noexcept {
+        say({"no command is given"});
+        sayWhereHelpIs();
+    }
+
     void sayUsage(const Attempt& attempt) noexcept {
         const std::string before = tool_.name.str() + ": usage: " + tool_.name.str() + " ";
         const std::size_t taken = columns(before);
@@ -92,10 +100,22 @@ private:
         say({"usage: ", tool_.name, " ", synopsis(formOf(attempt), left)});
     }
 
-    void saySeveral() noexcept {
+    template <class Name>
+    std::vector<std::string> namesOfFits(Name nameOf) const noexcept {
         std::vector<std::string> names;
         for (const Attempt& each : explanation_.attempts) {
-            if (each.fits) names.push_back(quoted(commandName(formOf(each))));
+            if (!each.fits) continue;
+            const std::string name = nameOf(formOf(each));
+            names.push_back(quoted(name.empty() ? tool_.name.str() : name));
+        }
+        return names;
+    }
+
+    void saySeveral() noexcept {
+        std::vector<std::string> names = namesOfFits(commandName);
+        std::set<std::string> different(names.begin(), names.end());
+        if (different.size() < names.size()) {
+            names = namesOfFits([](const Form& form) { return synopsis(form, widest); });
         }
         std::string typed;
         for (const Argument& argument : line_) {
@@ -111,7 +131,7 @@ private:
         if (explanation_.attempts.empty()) return;
         const Attempt& fit = explanation_.attempts.front();
         for (const RejectedValue& each : fit.rejected) {
-            say({labelOf(formOf(fit), each.parameter), ": ", printable(each.message)});
+            say({typedLabel(fit, each.parameter), ": ", printable(each.message)});
         }
     }
 
@@ -122,18 +142,37 @@ private:
             return;
         }
         const Attempt& nearest = explanation_.attempts.front();
-        const auto tied = tiedWith(nearest);
-        say({problemOf(nearest, tied)});
-        if (nearest.why == UnknownArgument::notACommand) {
-            sayWhereHelpIs();
+        const bool isOnly = explanation_.attempts.size() == 1;
+        if (!isOnly && !isMeant(nearest) && isNothingWrong(nearest)) {
+            sayNothing();
             return;
         }
-        sayUsage(nearest);
-        if (tied.size() == 1) {
-            sayUsage(*tied.front());
-        } else {
-            sayWhereHelpIs();
+        const auto tied = tiedWith(nearest);
+        say({problemOf(nearest, tied)});
+        // Of a command that nobody can have meant the usage would mislead.
+        if (isOnly || isMeant(nearest)) {
+            sayUsage(nearest);
+            if (tied.size() == 1) {
+                sayUsage(*tied.front());
+                return;
+            }
         }
+        sayWhereHelpIs();
+    }
+
+    // Whether nothing is known to be wrong but that something is missing.
+    static bool isNothingWrong(const Attempt& attempt) noexcept {
+        return !attempt.unknown && !attempt.valueMissing && attempt.repeated.empty();
+    }
+
+    // Whether a required parameter is given, or near to an argument, or none is needed.
+    bool isMeant(const Attempt& attempt) const noexcept {
+        if (given(attempt) > 0 || attempt.missing.empty()) return true;
+        const Form& form = formOf(attempt);
+        return std::any_of(attempt.near.begin(), attempt.near.end(), [&](const Text& tag) {
+            const Slot owner = form.ownerOf(grammar_.vocabulary.find(tag));
+            return owner != noSlot && form.slot(owner).isRequired;
+        });
     }
 
     // The first thing that is wrong.
@@ -141,12 +180,20 @@ private:
                           const std::vector<const Attempt*>& tied) const noexcept {
         if (attempt.unknown) return unknownArgument(attempt);
         if (attempt.valueMissing) {
-            return typedTag(attempt, *attempt.valueMissing) + " needs a value";
+            return quoted(typedTags(attempt, *attempt.valueMissing).back()) + " needs a value";
         }
-        if (!attempt.repeated.empty()) {
-            return typedTag(attempt, attempt.repeated.front()) + " is given twice";
-        }
-        return whatIsMissing(attempt, tied);
+        // What is given twice may stand for what is missing, as parse counts.
+        const bool isMasked = explanation_.outcome == Outcome::parameterMissing;
+        if (attempt.repeated.empty() || isMasked) return whatIsMissing(attempt, tied);
+        return whatIsTwice(typedTags(attempt, attempt.repeated.front()));
+    }
+
+    static std::string whatIsTwice(const std::vector<Text>& typed) noexcept {
+        const Text& last = typed.back();
+        const auto other = std::find_if(typed.begin(), typed.end(),
+                                        [&last](const Text& each) { return each != last; });
+        if (other == typed.end()) return quoted(last) + " is given twice";
+        return quoted(last) + " is given twice, also as " + quoted(*other);
     }
 
     std::string unknownArgument(const Attempt& attempt) const noexcept {
@@ -177,11 +224,14 @@ private:
         if (grammar_.isExact()) return false;
         const Argument endOfOptions("--", grammar_.vocabulary);
         Walk walk(formOf(attempt), grammar_.spelling);
+        std::vector<Gift> gifts;
+        walk.record(gifts);
         for (std::size_t i = 0; i < line_.size(); ++i) {
             if (i == *attempt.unknown && walk.read(endOfOptions) != Reading::accepted) return false;
             if (walk.read(line_[i]) != Reading::accepted) return false;
         }
-        return walk.fits();
+        const Parameters given = parametersOf(formOf(attempt), gifts);
+        return walk.fits() && std::none_of(given.begin(), given.end(), rejection);
     }
 
     std::string whatIsMissing(const Attempt& attempt,
@@ -217,18 +267,31 @@ private:
         return static_cast<std::size_t>(formOf(attempt).requiredCount()) - attempt.missing.size();
     }
 
-    std::string labelOf(const Form& form, const Text& firstTag) const noexcept {
+    static const SlotRules* rulesOf(const Form& form, const Text& firstTag) noexcept {
         for (const SlotRules& rules : form.slots()) {
-            if (!rules.tags().empty() && rules.tags().front() == firstTag) return label(rules);
+            if (!rules.tags().empty() && rules.tags().front() == firstTag) return &rules;
         }
+        return nullptr;
+    }
+
+    static std::string labelOf(const Form& form, const Text& firstTag) noexcept {
+        const SlotRules* rules = rulesOf(form, firstTag);
+        if (rules != nullptr) return label(*rules);
         return firstTag.empty() ? "a parameter without a name" : quoted(firstTag);
     }
 
-    // The tag of the parameter that the user typed last; the first one, where it was joined.
-    std::string typedTag(const Attempt& attempt, const Text& firstTag) const noexcept {
+    // The same for a parameter that is given: its tag as it was typed.
+    std::string typedLabel(const Attempt& attempt, const Text& firstTag) const noexcept {
+        const SlotRules* rules = rulesOf(formOf(attempt), firstTag);
+        if (rules == nullptr || rules->takes) return labelOf(formOf(attempt), firstTag);
+        return quoted(typedTags(attempt, firstTag).back());
+    }
+
+    // The tags of the parameter as the user typed them; the first one, where they were joined.
+    std::vector<Text> typedTags(const Attempt& attempt, const Text& firstTag) const noexcept {
         const Form& form = formOf(attempt);
         const Slot wanted = form.ownerOf(grammar_.vocabulary.find(firstTag));
-        Text typed = firstTag;
+        std::vector<Text> typed;
         Walk walk(form, grammar_.spelling);
         for (const Argument& argument : line_) {
             Reading reading = walk.read(argument);
@@ -236,10 +299,14 @@ private:
                 if (attempt.valueMissing) break;
                 reading = walk.read(argument);
             }
-            const bool isTag = reading == Reading::accepted && walk.role() == Role::tags;
-            if (isTag && form.ownerOf(argument.symbol) == wanted) typed = argument.text;
+            if (reading != Reading::accepted || walk.role() != Role::tags) continue;
+            if (form.ownerOf(argument.symbol) == wanted) typed.push_back(argument.text);
+            if (argument.assignment.value > 0 && form.ownerOf(argument.assignment.name) == wanted) {
+                typed.emplace_back(argument.bytes().substr(0, argument.assignment.value - 1));
+            }
         }
-        return quoted(typed);
+        if (typed.empty()) typed.push_back(firstTag);
+        return typed;
     }
 
     const Tool& tool_;

@@ -142,14 +142,14 @@ void lintOperandsOf(Report& report, std::size_t index) noexcept {
     }
     if (report.grammar.isExact()) return;
     for (const SlotRules& rules : form.slots()) {
-        const bool takesPlainAlone = std::none_of(
-            rules.tags().begin(), rules.tags().end(),
-            [](const Text& tag) { return looksLikeOption(tag); });
+        const bool takesPlainAlone =
+            std::none_of(rules.tags().begin(), rules.tags().end(),
+                         [](const Text& tag) { return looksLikeOption(tag); });
         if (!takesPlainAlone) continue;
         for (const Symbol choice : rules.choices) {
             if (!report.lexicon[choice].isOptionLike) continue;
-            add(rules, " takes plain arguments: its choice " +
-                           quoted(report.lexicon[choice].text) + " is none");
+            add(rules, " takes plain arguments: its choice " + quoted(report.lexicon[choice].text) +
+                           " is none");
         }
     }
 }

@@ -55,7 +55,8 @@ private:
     void lintTag(const Text& tag, const std::vector<Text>& named) noexcept {
         lintText(tag, named, "a tag");
         if (std::string_view(tag).find(' ') == std::string_view::npos) return;
-        add(Rule::unprintable, Severity::warning, named, "the tag " + quoted(tag) + " holds a space");
+        add(Rule::unprintable, Severity::warning, named,
+            "the tag " + quoted(tag) + " holds a space");
     }
 
     void lintOptions(const ParameterList& list, const std::vector<Text>& named) noexcept {

@@ -68,6 +68,13 @@ std::vector<std::string> canonicalCharacters(std::string_view bytes) noexcept {
 }
 
 std::string withoutCase(std::string_view bytes) noexcept {
+    if (isASCII(bytes)) {
+        std::string folded(bytes);
+        for (char& byte : folded) {
+            if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte - 'A' + 'a');
+        }
+        return folded;
+    }
     const std::string canonical = decomposed(bytes);
     std::string folded;
     for (std::string_view rest = canonical; !rest.empty();) {

@@ -7,9 +7,7 @@
 namespace Optrella::Internal {
 
 Argument::Argument(const Text& argument, const Vocabulary& vocabulary) noexcept
-    : text(argument),
-      symbol(vocabulary.find(argument)),
-      isOptionLike(looksLikeOption(argument)) {
+    : text(argument), symbol(vocabulary.find(argument)), isOptionLike(looksLikeOption(argument)) {
     if (!isOptionLike) return;
     if (static_cast<std::string_view>(text).starts_with("--")) {
         lookUpAssignment(vocabulary);

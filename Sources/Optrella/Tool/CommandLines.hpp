@@ -39,8 +39,9 @@ public:
     // Views a range that has a name, or is a view; keeps any other.
     template <class Range>
     requires Internal::Declarations<std::remove_cvref_t<Range>> ||
-             std::same_as<std::remove_cvref_t<Range>, CommandList>
-    CommandLines(Range&& declarations) noexcept {
+        std::same_as<std::remove_cvref_t<Range>, CommandList>
+        CommandLines(Range&& declarations)
+    noexcept {
         if constexpr (std::is_lvalue_reference_v<Range> ||
                       Internal::isView<std::remove_cvref_t<Range>>) {
             view(CommandList(declarations));
@@ -74,9 +75,9 @@ private:
         count_ = static_cast<std::size_t>(declarations.end() - declarations.begin());
     }
     void keep(std::vector<CommandLinePossibility>&& declarations) noexcept {
-        auto* kept = new Kept{
-            {[](Internal::Shared* shared) noexcept { delete static_cast<Kept*>(shared); }},
-            std::move(declarations)};
+        auto* kept =
+            new Kept{{[](Internal::Shared* shared) noexcept { delete static_cast<Kept*>(shared); }},
+                     std::move(declarations)};
         owner_ = Internal::SharedObject(kept);
         view(kept->declarations);
     }

@@ -59,7 +59,8 @@ bool Contender::mayGive(Slot slot) const noexcept {
 
 void Contender::appendState(std::string& key) const noexcept {
     const WalkState& state = walk_.state();
-    for (const Slot part : {static_cast<Slot>(declaration_), state.due, state.waiting, state.rest}) {
+    for (const Slot part :
+         {static_cast<Slot>(declaration_), state.due, state.waiting, state.rest}) {
         key.append(reinterpret_cast<const char*>(&part), sizeof part);
     }
     key += state.isPlain ? 'p' : '-';

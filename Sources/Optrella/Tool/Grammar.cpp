@@ -68,8 +68,9 @@ void Form::sortOwners() noexcept {
 
 Slot Form::ownerOf(Symbol tag) const noexcept {
     if (tag == Vocabulary::unknown) return noSlot;
-    const auto found = std::lower_bound(owners_.begin(), owners_.end(), tag,
-                                        [](const Owner& owner, Symbol of) { return owner.tag < of; });
+    const auto found =
+        std::lower_bound(owners_.begin(), owners_.end(), tag,
+                         [](const Owner& owner, Symbol of) { return owner.tag < of; });
     return found != owners_.end() && found->tag == tag ? found->slot : noSlot;
 }
 
@@ -95,7 +96,8 @@ void Form::addRepeated(Symbol firstTag) noexcept {
 
 Grammar::Grammar(const Tool& tool) noexcept : spelling(tool.spelling) {
     forms.reserve(tool.commandLines.size());
-    for (const CommandLinePossibility& each : tool.commandLines) forms.emplace_back(each, vocabulary);
+    for (const CommandLinePossibility& each : tool.commandLines)
+        forms.emplace_back(each, vocabulary);
     // As parse reads, neither means anything.
     if (isExact()) return;
     for (const Operand& operand : tool.operands) {

@@ -25,9 +25,9 @@ struct SlotRules {
     ParameterView parameter;
     bool isRequired;
     bool takesValue;
-    bool isRequiredWord;          // a flag that names the command, or a part of its name
-    std::optional<Takes> takes;   // of an operand
-    bool mayRepeat = false;       // although it is required, or takes a value
+    bool isRequiredWord;            // a flag that names the command, or a part of its name
+    std::optional<Takes> takes;     // of an operand
+    bool mayRepeat = false;         // although it is required, or takes a value
     std::vector<Symbol> choices{};  // the first tags of a list's options
 
     [[nodiscard]] const Tags& tags() const noexcept { return parameter.common().tags; }

@@ -53,9 +53,9 @@ std::vector<Symbol> Lexicon::of(const std::vector<Contender>& contenders) const 
         }
     }
     const auto isNobodys = [&contenders](Symbol option) {
-        return std::all_of(
-            contenders.begin(), contenders.end(),
-            [option](const Contender& each) { return each.form().ownerOf(option) == noSlot; });
+        return std::all_of(contenders.begin(), contenders.end(), [option](const Contender& each) {
+            return each.form().ownerOf(option) == noSlot;
+        });
     };
     const auto foreign = std::find_if(options_.begin(), options_.end(), isNobodys);
     if (foreign != options_.end()) words.push_back(*foreign);
@@ -265,31 +265,58 @@ std::optional<std::vector<Symbol>> simplestEnd(const Lexicon& lexicon,
 
 // ---- A glance ----
 
-bool mayShareLine(const Grammar& grammar, const Form& left, const Form& right) noexcept {
+namespace {
+
+// The parameters of one declaration that have a tag which another one owns, too.
+class SharedSlots {
+public:
+    explicit SharedSlots(const Form& form) noexcept : form_(&form) {}
+
+    void add(Slot slot) noexcept {
+        if (slots_.contains(slot)) return;
+        slots_.insert(slot);
+        const SlotRules& rules = form_->slot(slot);
+        if (rules.isRequired) ++required_;
+        if (rules.isRequiredWord) ++requiredWords_;
+    }
+    [[nodiscard]] bool hasAllWords() const noexcept {
+        return requiredWords_ == form_->requiredWordCount();
+    }
+    [[nodiscard]] bool hasEnough(Line line) const noexcept {
+        if (line == Line::good) return required_ == form_->requiredCount();
+        // As parse counts, one of them may be given for all.
+        return required_ > 0 || form_->requiredCount() == 0;
+    }
+
+private:
+    const Form* form_;
+    SlotSet slots_;
+    Slot required_ = 0;
+    Slot requiredWords_ = 0;
+};
+
+}  // namespace
+
+bool mayShareLine(const Grammar& grammar, const Form& left, const Form& right, Line line) noexcept {
     // Where a tag may be read as something else, a glance tells nothing.
     if (left.hasOddTags() || right.hasOddTags()) return true;
+    SharedSlots ofLeft(left);
+    SharedSlots ofRight(right);
     bool isShared = false;
-    bool isRequiredOfLeft = false;
-    bool isRequiredOfRight = false;
-    bool isWord = false;
     for (const Form::Owner& owner : left.owners()) {
         const Slot other = right.ownerOf(owner.tag);
         if (other == noSlot) continue;
-        const SlotRules& l = left.slot(owner.slot);
-        const SlotRules& r = right.slot(other);
         // What the one takes for a value the other may take for a tag.
-        if (l.takesValue != r.takesValue) return true;
+        if (left.slot(owner.slot).takesValue != right.slot(other).takesValue) return true;
         isShared = true;
-        isRequiredOfLeft = isRequiredOfLeft || l.isRequired;
-        isRequiredOfRight = isRequiredOfRight || r.isRequired;
-        isWord = isWord || l.isRequiredWord || r.isRequiredWord;
+        ofLeft.add(owner.slot);
+        ofRight.add(other);
     }
-    if (grammar.isExact()) {
-        return isShared && (isRequiredOfLeft || left.requiredCount() == 0) &&
-               (isRequiredOfRight || right.requiredCount() == 0);
+    if (grammar.isExact()) return isShared && ofLeft.hasEnough(line) && ofRight.hasEnough(line);
+    // While both lack words, neither takes an operand: until then a word is a tag to both.
+    if (left.requiredWordCount() > 0 && right.requiredWordCount() > 0) {
+        return ofLeft.hasAllWords() || ofRight.hasAllWords();
     }
-    // The first required word of a line is a tag to both, because operands come later.
-    if (left.requiredWordCount() > 0 && right.requiredWordCount() > 0) return isWord;
     const auto takesPlain = [](const Form& form) {
         return form.requiredWordCount() == 0 && !form.operands().empty();
     };

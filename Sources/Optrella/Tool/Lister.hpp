@@ -33,9 +33,8 @@ public:
     // Made of anything, so that what lists nothing is said by name.
     template <class Callable, OtherThanLister Stored = std::decay_t<Callable>>
     explicit Lister(Callable&& callable) noexcept {
-        static_assert(
-            ListsTexts<Stored>,
-            "a completer must be callable without arguments and return a range of texts");
+        static_assert(ListsTexts<Stored>,
+                      "a completer must be callable without arguments and return a range of texts");
         if constexpr (ListsTexts<Stored>) {
             state_ = SharedObject(new State<Stored>{
                 {[](Shared* state) noexcept { delete static_cast<State<Stored>*>(state); }},

@@ -39,7 +39,7 @@ private:
     const Grammar* grammar_;
     const Lexicon* lexicon_;
     std::vector<Contender> candidates_;
-    std::vector<Contender> all_;      // that the line may still fit, hidden ones too
+    std::vector<Contender> all_;       // that the line may still fit, hidden ones too
     std::vector<std::size_t> takers_;  // of them those that may read what is none of their tags
     // For each tag its owners among them; both as places in all_.
     std::vector<std::vector<std::size_t>> owners_;

@@ -82,7 +82,7 @@ std::string commandName(const Form& form) noexcept {
             append(name, rules.tags().front().str());
         }
     }
-    return name.empty() ? synopsis(form, hasOptions(form)) : name;
+    return name.empty() ? synopsis(form, false) : name;
 }
 
 std::string label(const SlotRules& rules) noexcept {

@@ -14,7 +14,8 @@ namespace Optrella::Internal {
 // wider than `width` columns, "[OPTIONS]" stands for those that need not be given.
 [[nodiscard]] std::string synopsis(const Form& form, std::size_t width) noexcept;
 
-// Returns the words that name the command, "volume create", or the whole synopsis where it has none.
+// Returns the words that name the command, "volume create", or the whole synopsis where it has
+// none.
 [[nodiscard]] std::string commandName(const Form& form) noexcept;
 
 // Returns what a person calls a parameter: DISK for an operand, '-n' in quotation marks otherwise.
