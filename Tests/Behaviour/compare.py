@@ -27,6 +27,8 @@ class Fault(Exception):
 class Case:
     def __init__(self, file, number, line):
         self.line = line
+        self.file = file
+        self.number = number
         self.place = f"{file}:{number}"
         try:
             content = json.loads(line)
@@ -129,6 +131,11 @@ def is_member_of_group_0():
     return 0 in os.getgrouplist(user.pw_name, user.pw_gid)
 
 
+def own_rights():
+    """What the cases that this user can compare need."""
+    return "root" if is_member_of_group_0() else "user"
+
+
 def start(runner, lines, **identity):
     result = subprocess.run([runner], input=b"".join(line + b"\n" for line in lines),
                             stdout=subprocess.PIPE, cwd=DIRECTORY, check=False, **identity)
@@ -147,7 +154,7 @@ class Comparison:
     def __init__(self, runner):
         self.runner = runner
         self.compared = 0
-        self.different = []  # (case, lines)
+        self.different = []  # (case, lines, observation)
         self.skipped = []  # (count, reason)
 
     def compare(self, cases, **identity):
@@ -158,7 +165,7 @@ class Comparison:
                 raise Fault(f"{case.place}: the observation is no JSON: {line!r}") from None
             lines = differences(case, observation)
             if lines:
-                self.different.append((case, lines))
+                self.different.append((case, lines, observation))
             self.compared += 1
 
     def skip(self, cases, reason):
@@ -166,11 +173,10 @@ class Comparison:
             self.skipped.append((len(cases), reason))
 
     def run(self, cases):
-        is_administrator = is_member_of_group_0()
-        own = "root" if is_administrator else "user"
+        own = own_rights()
         self.compare([case for case in cases if case.needs in (None, own)])
         others = [case for case in cases if case.needs not in (None, own)]
-        if not is_administrator:
+        if own == "user":
             self.skip(others, "they need a user of group 0")
         elif others:
             self.run_as_nobody(others)
@@ -186,7 +192,7 @@ class Comparison:
 
 
 def report(comparison, show):
-    for case, lines in comparison.different[:show]:
+    for case, lines, _ in comparison.different[:show]:
         print("\n    ".join([f"{case.place}: {case.says}", *lines]))
     if len(comparison.different) > show:
         print(f"... and {len(comparison.different) - show} more")

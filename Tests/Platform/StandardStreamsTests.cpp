@@ -20,8 +20,7 @@
 
 #include "Child.hpp"
 #include "Optrella/CommandLineExitStatus.hpp"
-#include "Optrella/Help.hpp"
-#include "Optrella/Parameters.hpp"
+#include "Optrella/Text/Print.hpp"
 
 namespace {
 
@@ -219,35 +218,31 @@ TEST(ErrorMessage, IsCompleteInAPipeThatMayNotWait) {
 
 // ---- Standard output ----
 
-void printHelp(const std::string& text) {
-    const CommandLinePossibility list(false, {ParameterNone({"list"}, "")}, {}, Text(text), false,
-                                      [](const auto&) {});
-    displayHelp({list});
+void printTwo(const std::string& text) {
+    Internal::print("first ");
+    Internal::print(text);
 }
-
-std::string expectedCommand(const std::string& text) { return "list \n  " + text + " \n\n"; }
-std::string expectedHelp(const std::string& text) { return "\n" + expectedCommand(text); }
 
 TEST(PrintedText, IsCompleteInSpiteOfSignalsAndASlowReader) {
     const std::string text = longText();
     const Received received = receivedSlowly(STDOUT_FILENO, [&] {
         interruptForEver();
-        printHelp(text);
+        printTwo(text);
         return proofOfInterruption();
     });
     EXPECT_EQ(received.status, 0);
-    EXPECT_TRUE(received.bytes == expectedHelp(text)) << received.bytes.size() << " bytes";
+    EXPECT_TRUE(received.bytes == "first " + text) << received.bytes.size() << " bytes";
 }
 
 TEST(PrintedText, IsCompleteInAPipeThatMayNotWait) {
     const std::string text = longText();
     const Received received = receivedSlowly(STDOUT_FILENO, [&] {
         ::fcntl(STDOUT_FILENO, F_SETFL, O_NONBLOCK);
-        printHelp(text);
+        printTwo(text);
         return 0;
     });
     EXPECT_EQ(received.status, 0);
-    EXPECT_TRUE(received.bytes == expectedHelp(text)) << received.bytes.size() << " bytes";
+    EXPECT_TRUE(received.bytes == "first " + text) << received.bytes.size() << " bytes";
 }
 
 TEST(PrintedText, LeavesWhatTheToolHasPrintedToAPipeThatMayNotWait) {
@@ -258,11 +253,11 @@ TEST(PrintedText, LeavesWhatTheToolHasPrintedToAPipeThatMayNotWait) {
         const std::string filling(3000, '.');
         if (::write(STDOUT_FILENO, filling.data(), filling.size()) != 3000) return 1;
         std::fputs(before.c_str(), stdout);
-        printHelp(text);
+        printTwo(text);
         return 0;
     });
     EXPECT_EQ(received.status, 0);
-    EXPECT_TRUE(received.bytes == std::string(3000, '.') + before + expectedHelp(text));
+    EXPECT_TRUE(received.bytes == std::string(3000, '.') + before + "first " + text);
 }
 
 TEST(PrintedText, IsInOnePieceWhileAnotherThreadPrints) {
@@ -275,13 +270,13 @@ TEST(PrintedText, IsInOnePieceWhileAnotherThreadPrints) {
                 std::fflush(stdout);
             }
         });
-        printHelp(text);
+        printTwo(text);
         isDone = true;
         other.join();
         return 0;
     });
     EXPECT_EQ(received.status, 0);
-    EXPECT_NE(received.bytes.find(expectedCommand(text)), std::string::npos);
+    EXPECT_NE(received.bytes.find(text), std::string::npos);
     EXPECT_NE(received.bytes.find('!'), std::string::npos);
 }
 
@@ -303,34 +298,34 @@ Writes outputOf(Code code) {
 }
 
 TEST(PrintedText, IsHandedOnAtOnce) {
-    EXPECT_EQ(outputOf([] { printHelp("Lists."); }), (Writes{"\n", expectedCommand("Lists.")}));
+    EXPECT_EQ(outputOf([] { printTwo("Lists."); }), (Writes{"first ", "Lists."}));
 }
 
 TEST(PrintedText, ComesAfterWhatTheToolHasPrintedAndBeforeWhatItPrintsNext) {
     EXPECT_EQ(outputOf([] {
                   std::printf("before");
-                  printHelp("Lists.");
+                  printTwo("Lists.");
                   std::printf("after");
                   std::fflush(stdout);
               }),
-              (Writes{"before", "\n", expectedCommand("Lists."), "after"}));
+              (Writes{"before", "first ", "Lists.", "after"}));
 }
 
 TEST(PrintedText, ArrivesOnAWideStandardOutput) {
     EXPECT_EQ(outputOf([] {
                   stdout = ::fdopen(STDOUT_FILENO, "w");  // the test's own has printed bytes
                   std::wprintf(L"before");
-                  printHelp("Lists.");
+                  printTwo("Lists.");
               }),
-              (Writes{"before", "\n", expectedCommand("Lists.")}));
+              (Writes{"before", "first ", "Lists."}));
 }
 
 TEST(PrintedText, IsNotCutUpOnAStandardOutputWithoutABuffer) {
     EXPECT_EQ(outputOf([] {
                   std::setvbuf(stdout, nullptr, _IONBF, 0);
-                  printHelp("Lists.");
+                  printTwo("Lists.");
               }),
-              (Writes{"\n", expectedCommand("Lists.")}));
+              (Writes{"first ", "Lists."}));
 }
 
 TEST(PrintedText, ArrivesOnAStandardOutputInMemory) {
@@ -338,8 +333,8 @@ TEST(PrintedText, ArrivesOnAStandardOutputInMemory) {
                   char* bytes = nullptr;
                   std::size_t size = 0;
                   stdout = ::open_memstream(&bytes, &size);
-                  printHelp("Lists.");
-                  return std::string_view(bytes, size) == expectedHelp("Lists.") ? 0 : 1;
+                  printTwo("Lists.");
+                  return std::string_view(bytes, size) == "first Lists." ? 0 : 1;
               }),
               0);
 }
@@ -347,7 +342,7 @@ TEST(PrintedText, ArrivesOnAStandardOutputInMemory) {
 TEST(PrintedText, IsLostSilentlyWithoutDescriptorOne) {
     EXPECT_EQ(Tests::exitCodeOf([] {
                   ::close(STDOUT_FILENO);
-                  printHelp("Lists.");
+                  printTwo("Lists.");
                   return 0;
               }),
               0);
@@ -358,7 +353,7 @@ TEST(PrintedText, IsLostSilentlyOnAFullDevice) {
     if (full < 0) GTEST_SKIP() << "no /dev/full";
     EXPECT_EQ(Tests::exitCodeOf([&] {
                   ::dup2(full, STDOUT_FILENO);
-                  printHelp("Lists.");
+                  printTwo("Lists.");
                   return 0;
               }),
               0);
