@@ -5,14 +5,12 @@ getting_started_test.py DIRECTORY CMAKE BUILD: BUILD is the directory in which t
 built; it is installed where the page installs it.
 """
 
-import os
 import pathlib
-import subprocess
 import sys
 import tempfile
 import unittest
 
-from pages import WorkingDirectory, blocks
+from pages import GETTING_STARTED, at_home
 
 directory = pathlib.Path(sys.argv[1])
 cmake = sys.argv[2]
@@ -20,19 +18,15 @@ build = sys.argv[3]
 
 
 class GettingStarted(unittest.TestCase):
+    maxDiff = None
+
     def test_every_step_gives_what_is_shown(self):
         with tempfile.TemporaryDirectory() as home:
-            # A C++ compiler chosen for the library serves the tool too.
-            here = WorkingDirectory(home, environment={"HOME": home})
-            installed = subprocess.run([cmake, "--install", build, "--prefix", f"{home}/.local"],
-                                       capture_output=True, text=True, check=False)
-            self.assertEqual(installed.returncode, 0, installed.stderr)
-            here.environment["PATH"] = os.pathsep.join(
-                [str(pathlib.Path(cmake).parent), os.environ["PATH"]])
             sessions = 0
-            for block in blocks(directory / "docs" / "getting-started.md"):
-                here.go_through(block, self)
-                sessions += block.what == "run"
+            for block, session, _ in at_home(home, cmake, build).go_through(
+                    directory / "docs" / GETTING_STARTED):
+                self.assertEqual(session, block.text)
+                sessions += 1
             self.assertGreater(sessions, 0)
 
 

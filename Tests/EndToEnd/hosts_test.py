@@ -9,6 +9,7 @@ Without a path the environment variable OPTRELLA_HOSTS names the tool.
 import collections
 import errno
 import os
+import pathlib
 import pwd
 import resource
 import shutil
@@ -20,49 +21,18 @@ import tempfile
 import time
 import unittest
 
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "Documentation"))
+import pages
+
 TOOL = os.environ.get("OPTRELLA_HOSTS", "")
 TIMEOUT = 60  # seconds, for a slow machine; no test waits that long when all is well
 NOBODY = 65534
 IS_ROOT = os.geteuid() == 0
 
-HELP = b"""
-list [ -s|--sort <order>  ] [ -l|--limit <count>  ] [ -f|--file <path>  ]\x20
-  List the entries.\x20
-    order  -  Order of the entries
-        Must be one of: address, name
-    count  -  Show at most so many entries
-    path  -  Hosts file to use instead of /etc/hosts
-
-look-up <name>  [ -f|--file <path>  ]\x20
-  Show the addresses of a host name.\x20
-    name  -  Host name to look up
-    path  -  Hosts file to use instead of /etc/hosts
-
-add <address>  [ -n|--name <name>  ] [ -f|--file <path>  ]\x20
-  Add an entry. Give at least one name.\x20
-    address  -  IPv4 or IPv6 address
-    name  -  Host name; may be repeated
-    path  -  Hosts file to use instead of /etc/hosts
-
-remove <name>  [ -f|--file <path>  ]\x20
-  Remove a host name from all entries.\x20
-    name  -  Host name to remove
-    path  -  Hosts file to use instead of /etc/hosts
-
-export <copy>  [ -f|--file <path>  ]\x20
-  Write a copy of the hosts file.\x20
-    copy  -  New file, which must not exist yet
-    path  -  Hosts file to use instead of /etc/hosts
-
-install <prepared>  [ -f|--file <path>  ]\x20
-  Replace the hosts file by a prepared one.  (must be run as root)
-    prepared  -  File with the new content
-    path  -  Hosts file to use instead of /etc/hosts
-
-help|--help\x20
-  Show this list.\x20
-
-"""
+README = pathlib.Path(__file__).resolve().parents[2] / "Examples" / "hosts" / "README.md"
+# The example's page shows the listing.
+HELP = dict(shown for block in pages.blocks(README) if block.what == "run"
+            for shown in pages.steps(block.text))["hosts help"].encode()
 
 UNKNOWN = b" is not a valid command line.\n Please refer to the help below.\n"
 
