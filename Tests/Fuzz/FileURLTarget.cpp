@@ -4,9 +4,10 @@
 #include <string>
 #include <string_view>
 
-#include "Input.hpp"
+#include "Law.hpp"
 #include "Optrella/Values.hpp"
 #include "Support/FakePlatform.hpp"
+#include "Support/Input.hpp"
 
 namespace {
 

@@ -11,7 +11,7 @@
 
 #include <cstdint>
 
-#include "Input.hpp"
+#include "Law.hpp"
 
 namespace Tests::Oracle {
 

@@ -6,10 +6,11 @@
 #include <string_view>
 #include <vector>
 
-#include "Input.hpp"
+#include "Law.hpp"
 #include "Optrella/Elevation/PromptForPassword.hpp"
 #include "Oracle.hpp"
 #include "Output.hpp"
+#include "Support/Input.hpp"
 
 namespace {
 

@@ -8,11 +8,12 @@
 #include <utility>
 #include <vector>
 
-#include "Input.hpp"
+#include "Law.hpp"
 #include "Optrella/CommandLine/Dispatch.hpp"
 #include "Optrella/Text.hpp"
 #include "Optrella/Text/Unicode.hpp"
 #include "Oracle.hpp"
+#include "Support/Input.hpp"
 #include "Support/UTF8.hpp"
 
 namespace {

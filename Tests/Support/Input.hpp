@@ -1,32 +1,14 @@
-// Input.hpp - the bytes of one run, read as what a target needs, and the laws that it checks.
+// Input.hpp - drawn bytes, read as what a test needs.
 
-#ifndef OPTRELLA_TESTS_FUZZ_INPUT_HPP
-#define OPTRELLA_TESTS_FUZZ_INPUT_HPP
+#ifndef OPTRELLA_TESTS_SUPPORT_INPUT_HPP
+#define OPTRELLA_TESTS_SUPPORT_INPUT_HPP
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 namespace Tests {
-
-// Ends the run as a finding when the law does not hold.
-inline void law(bool holds, const char* statement) {
-    if (holds) return;
-    std::fprintf(stderr, "Broken law: %s\n", statement);
-    std::abort();
-}
-
-// The same for texts that must be equal byte by byte; shows both.
-inline void sameBytes(std::string_view actual, std::string_view expected, const char* statement) {
-    if (actual == expected) return;
-    std::fprintf(stderr, "actual:   [%.*s]\nexpected: [%.*s]\n", static_cast<int>(actual.size()),
-                 actual.data(), static_cast<int>(expected.size()), expected.data());
-    law(false, statement);
-}
 
 // Reads from the front. After the end there are zeros.
 class Input {

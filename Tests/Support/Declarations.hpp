@@ -1,8 +1,8 @@
-// Declarations.hpp - command lines made from the bytes of a run, as plain records that a model can
+// Declarations.hpp - command lines made from drawn bytes, as plain records that a model can
 // read and as what a tool declares.
 
-#ifndef OPTRELLA_TESTS_FUZZ_DECLARATIONS_HPP
-#define OPTRELLA_TESTS_FUZZ_DECLARATIONS_HPP
+#ifndef OPTRELLA_TESTS_SUPPORT_DECLARATIONS_HPP
+#define OPTRELLA_TESTS_SUPPORT_DECLARATIONS_HPP
 
 #include <cstddef>
 #include <cstdint>
@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "Input.hpp"
 #include "Optrella/CommandLine.hpp"
+#include "Support/Input.hpp"
 #include "Support/Kinds.hpp"
 
 namespace Tests {
@@ -43,6 +43,9 @@ struct CommandCase {
     std::vector<ParameterCase> optional;
 };
 
+// What the library has had tools' own kinds store, in this order.
+[[nodiscard]] std::vector<std::string>& storedValues();
+
 // A tool's own kind, inside a ParameterProtocol or, when it is large, on the heap.
 template <std::size_t Size>
 struct OwnKind {
@@ -56,7 +59,10 @@ struct OwnKind {
     [[nodiscard]] std::optional<Optrella::Text> validate() const {
         return fault(common.userValue.str());
     }
-    void storeUserValue(Optrella::Text newValue) { common.userValue = stored(newValue.str()); }
+    void storeUserValue(Optrella::Text newValue) {
+        storedValues().push_back(newValue.str());
+        common.userValue = stored(newValue.str());
+    }
 };
 
 // A word out of a small set, so that words collide, or raw bytes.

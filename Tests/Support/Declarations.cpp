@@ -1,4 +1,4 @@
-#include "Declarations.hpp"
+#include "Support/Declarations.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -177,6 +177,11 @@ bool areIdentical(const ParameterProtocol& left, const ParameterProtocol& right)
 }
 
 }  // namespace
+
+std::vector<std::string>& storedValues() {
+    static std::vector<std::string> values;
+    return values;
+}
 
 std::string word(Input& input) {
     const std::uint8_t choice = input.byte();
