@@ -8,11 +8,9 @@
 #include <iostream>
 #include <string>
 #include <thread>
-#include <type_traits>
 #include <unordered_set>
 #include <vector>
 
-#include "Optrella/CommandLine/Dispatch.hpp"
 #include "Optrella/CommandLine/Matching.hpp"
 #include "Optrella/CommandLine/Validation.hpp"
 #include "Optrella/CommandLineExitStatus.hpp"
@@ -41,9 +39,11 @@ CommandLinePossibility rootCommand(Parameters required) {
     return {true, std::move(required), {}, "help", false, doNothing};
 }
 
+using Texts = std::vector<std::string>;
+
 // A parameter as "tag=value", with the first tag.
-std::vector<std::string> shown(const Parameters& parameters) {
-    std::vector<std::string> texts;
+Texts shown(const Parameters& parameters) {
+    Texts texts;
     for (const ParameterProtocol& parameter : parameters) {
         texts.push_back(parameter.firstTag().str() + "=" + parameter.common().userValue.str());
     }
@@ -52,26 +52,11 @@ std::vector<std::string> shown(const Parameters& parameters) {
 
 Parameters copied(Internal::KeptList views) { return Parameters(views.begin(), views.end()); }
 
-using Texts = std::vector<std::string>;
-
-struct Filled {
-    Texts required;
-    Texts optional;
-    friend bool operator==(const Filled&, const Filled&) = default;
-};
-void PrintTo(const Filled& filled, std::ostream* stream) {
-    *stream << "required " << testing::PrintToString(filled.required) << " optional "
-            << testing::PrintToString(filled.optional);
-}
-
-std::optional<Filled> filled(const CommandLinePossibility& declaration,
-                             const std::vector<Text>& arguments) {
+// What is given of a declaration that the arguments fit.
+std::optional<Texts> filled(const CommandLinePossibility& declaration,
+                            const std::vector<Text>& arguments) {
     const auto fit = Internal::Matcher(arguments).couldRun(declaration);
-    if (!fit) return std::nullopt;
-    const auto firstOptional =
-        fit->given.begin() + std::ssize(Internal::Declaration::required(declaration));
-    return Filled{shown(Parameters(fit->given.begin(), firstOptional)),
-                  shown(Parameters(firstOptional, fit->given.end()))};
+    return fit ? std::optional(shown(fit->given)) : std::nullopt;
 }
 
 const ParameterNone flagA{{"-a"}, ""};
@@ -82,10 +67,10 @@ const ParameterString textY{{"-y"}, "y", ""};
 TEST(CouldRun, GivesAFlagItsValueWhereTheToolHasSaidThatOneFollows) {
     ParameterNone flag{{"-f"}, ""};
     flag.common.hasParameter = true;
-    EXPECT_EQ(filled(command({flag}), {"-f", "x"}), (Filled{{"-f=x"}, {}}));
+    EXPECT_EQ(filled(command({flag}), {"-f", "x"}), Texts{"-f=x"});
     ParameterString text{{"-t"}, "t", ""};
     text.common.hasParameter = false;
-    EXPECT_EQ(filled(command({text}), {"-t"}), (Filled{{"-t="}, {}}));
+    EXPECT_EQ(filled(command({text}), {"-t"}), Texts{"-t="});
 }
 
 // ---- parsingError ----
@@ -104,13 +89,6 @@ TEST(ParsingError, CaseAndTextBelongTogether) {
 
 TEST(ParsingErrorDeathTest, AnotherValueStopsTheProcess) {
     EXPECT_SILENT_STOP(rawValue(static_cast<parsingError>(4)));
-}
-
-TEST(ParsingError, NoOtherTextIsACase) {
-    for (const char* text : {"unknown command line", "NoError", "", "Parse successful ",
-                             "Parse successfu", "Unknown command lines"}) {
-        EXPECT_EQ(fromRawValue<parsingError>(text), std::nullopt) << text;
-    }
 }
 
 TEST(ParsingError, HashesAsItsTextDoes) {
@@ -146,109 +124,6 @@ TEST(CommandLinePossibility, CopiesShareTheActionAndItsState) {
 
 // ---- Matching ----
 
-TEST(CouldRun, EmptyArgumentsFitExactlyADeclarationWithoutRequiredParameters) {
-    EXPECT_EQ(filled(command({}), {}), Filled());
-    EXPECT_EQ(filled(command({}, {flagA, textX}), {}), Filled());
-    EXPECT_EQ(filled(command({flagA}), {}), std::nullopt);
-}
-
-TEST(CouldRun, StoresEachValueInACopyOfItsParameter) {
-    EXPECT_EQ(filled(command({flagA, textX}, {textY}), {"-a", "-x", "1", "-y", "2"}),
-              (Filled{{"-a=", "-x=1"}, {"-y=2"}}));
-}
-
-TEST(CouldRun, ListsTheParametersInTheOrderOfTheArguments) {
-    EXPECT_EQ(filled(command({flagA, textX}, {flagB, textY}), {"-y", "2", "-x", "1", "-b", "-a"}),
-              (Filled{{"-x=1", "-a="}, {"-y=2", "-b="}}));
-}
-
-TEST(CouldRun, ARequiredTagThatIsGivenTwiceMakesUpForAMissingOne) {
-    EXPECT_EQ(filled(command({textX, flagB}), {"-x", "1", "-x", "2"}),
-              (Filled{{"-x=1", "-x=2"}, {}}));
-    EXPECT_EQ(filled(command({flagA, flagB}), {"-a", "-a"}), (Filled{{"-a=", "-a="}, {}}));
-}
-
-TEST(CouldRun, MoreOrFewerRequiredTagsThanDeclaredDoNotFit) {
-    EXPECT_EQ(filled(command({flagA, flagB}), {"-a"}), std::nullopt);
-    EXPECT_EQ(filled(command({flagA, flagB}), {"-a", "-b", "-a"}), std::nullopt);
-}
-
-TEST(CouldRun, OptionalParametersMayRepeatAndMayBeLeftOut) {
-    const CommandLinePossibility declaration = command({}, {flagA, textX});
-    EXPECT_EQ(filled(declaration, {"-a", "-a", "-x", "1", "-x", "2"}),
-              (Filled{{}, {"-a=", "-a=", "-x=1", "-x=2"}}));
-    EXPECT_EQ(filled(declaration, {"-a"}), (Filled{{}, {"-a="}}));
-}
-
-TEST(CouldRun, AValueMayEqualATag) {
-    EXPECT_EQ(filled(command({textX}, {flagA}), {"-x", "-a"}), (Filled{{"-x=-a"}, {}}));
-    EXPECT_EQ(filled(command({textX}), {"-x", "-x"}), (Filled{{"-x=-x"}, {}}));
-}
-
-TEST(CouldRun, AnyTagOfAParameterSelectsIt) {
-    EXPECT_EQ(filled(command({textX, flagB}), {"--ex", "1", "--bee"}),
-              (Filled{{"-x=1", "-b="}, {}}));
-}
-
-TEST(CouldRun, ATagInBothSectionsIsTakenAsRequired) {
-    EXPECT_EQ(filled(command({flagA}, {flagA}), {"-a"}), (Filled{{"-a="}, {}}));
-    EXPECT_EQ(filled(command({flagA}, {flagA}), {"-a", "-a"}), std::nullopt);
-}
-
-TEST(CouldRun, OfTwoParametersThatShareATagTheLaterOneIsTaken) {
-    const ParameterNone early{{"-s", "-e"}, ""};
-    const ParameterString late{{"-l", "-s"}, "value", ""};
-    EXPECT_EQ(filled(command({}, {early, late}), {"-s", "1"}), (Filled{{}, {"-l=1"}}));
-    EXPECT_EQ(filled(command({}, {late, early}), {"-s"}), (Filled{{}, {"-s="}}));
-}
-
-TEST(CouldRun, TagsAreComparedWholeAndByCase) {
-    const CommandLinePossibility declaration = command({}, {flagB, textX});
-    for (const char* argument : {"-B", "--be", "--bees", "-b ", " -b", "b", "", "--ex=1", "-x1"}) {
-        EXPECT_EQ(filled(declaration, {argument}), std::nullopt) << argument;
-    }
-}
-
-TEST(CouldRun, TagsAreComparedByCanonicalEquivalence) {
-    const ParameterNone cafe{{"caf\u00E9"}, ""};
-    const ParameterNone kelvin{{"\u212A"}, ""};
-    EXPECT_EQ(filled(command({cafe}), {"cafe\u0301"}), (Filled{{"caf\u00E9="}, {}}));
-    EXPECT_EQ(filled(command({kelvin}), {"K"}), (Filled{{"\u212A="}, {}}));
-    EXPECT_EQ(filled(command({kelvin}), {"k"}), std::nullopt);
-}
-
-TEST(CouldRun, AnEmptyTextIsATagAndAValueLikeAnyOther) {
-    const ParameterNone empty{{""}, ""};
-    EXPECT_EQ(filled(command({empty, textX}), {"", "-x", ""}), (Filled{{"=", "-x="}, {}}));
-}
-
-TEST(CouldRun, BytesThatAreNotUTF8PassUntouched) {
-    EXPECT_EQ(filled(command({textX}), {"-x", "a\xFFz\xED\xA0\x80"}),
-              (Filled{{"-x=a\xFFz\xED\xA0\x80"}, {}}));
-}
-
-TEST(CouldRun, AnArgumentThatIsNoTagIsSilent) {
-    EXPECT_EQ(printed([] { EXPECT_FALSE(filled(command({flagA}), {"-a", "-z"})); }), "");
-}
-
-TEST(CouldRun, ADanglingTagNamesTheFirstTagOfItsParameter) {
-    EXPECT_EQ(printed([] { EXPECT_FALSE(filled(command({textX}), {"--ex"})); }),
-              "Missing argument for -x\n");
-}
-
-TEST(CouldRun, ADanglingTagIsNamedEvenWhenRequiredOnesAreMissing) {
-    EXPECT_EQ(printed([] { EXPECT_FALSE(filled(command({flagA}, {textX}), {"-x"})); }),
-              "Missing argument for -x\n");
-}
-
-TEST(CouldRun, TheDeclarationStaysAsItWas) {
-    const CommandLinePossibility declaration = command({textX}, {textY});
-    EXPECT_NE(filled(declaration, {"-x", "1", "-y", "2"}), std::nullopt);
-    EXPECT_EQ(shown(copied(Declaration::required(declaration))), (Texts{"-x="}));
-    EXPECT_EQ(shown(copied(Declaration::optional(declaration))), (Texts{"-y="}));
-    EXPECT_EQ(filled(declaration, {"-x", "3"}), (Filled{{"-x=3"}, {}}));
-}
-
 // A kind of a tool's own that keeps a journal of its copies being stored into.
 struct Journalled {
     commonDetails common{.tags = {"-j"}, .parameterName = "text"};
@@ -263,11 +138,9 @@ struct Journalled {
 TEST(CouldRun, AnOwnStoreUserValueIsCalledOnceForEachValueAndItsResultIsKept) {
     Texts journal;
     const Journalled own{.journal = &journal};
-    EXPECT_EQ(filled(command({own, textX}, {}), {"-j", "1", "-x", "2"}),
-              (Filled{{"-j=<1>", "-x=2"}, {}}));
+    EXPECT_EQ(filled(command({own, textX}, {}), {"-j", "1", "-x", "2"}), (Texts{"-j=<1>", "-x=2"}));
     EXPECT_EQ(journal, (Texts{"1"}));
-    EXPECT_EQ(filled(command({}, {own}), {"-j", "1", "-j", "2"}),
-              (Filled{{}, {"-j=<1>", "-j=<2>"}}));
+    EXPECT_EQ(filled(command({}, {own}), {"-j", "1", "-j", "2"}), (Texts{"-j=<1>", "-j=<2>"}));
     EXPECT_EQ(own.common.userValue, "");
 }
 
@@ -298,42 +171,6 @@ TEST(CouldRun, AnOwnStoreUserValueComesBeforeTheMissingArgumentIsPrinted) {
 // ---- Validation ----
 
 const ParameterList listL{{"-l", "--list"}, {"a", "b"}, "l", ""};
-
-ParameterList listWith(const Text& word) {
-    ParameterList list = listL;
-    list.storeUserValue(word);
-    return list;
-}
-
-TEST(ValidateParameters, PrintsALineForEachFailureInOrder) {
-    const ParameterList other{{"-m"}, {"c"}, "m", ""};
-    EXPECT_EQ(
-        printed([&] {
-            EXPECT_FALSE(Internal::validateParameters({listWith("x"), flagA, other}));
-        }),
-        "Validation of parameter -l failed : Item x is not a valid option. It must be one of: a, "
-        "b\n"
-        "Validation of parameter -m failed : Item  is not a valid option. It must be one of: c\n");
-}
-
-TEST(ValidateParameters, ValidatesARepeatedParameterEachTime) {
-    EXPECT_EQ(
-        printed([] {
-            EXPECT_FALSE(Internal::validateParameters({listWith("x"), listWith("y")}));
-        }),
-        "Validation of parameter -l failed : Item x is not a valid option. It must be one of: a, "
-        "b\n"
-        "Validation of parameter -l failed : Item y is not a valid option. It must be one of: a, "
-        "b\n");
-}
-
-TEST(ValidateParameters, IsTrueAndSilentWhenAllAreValid) {
-    EXPECT_EQ(printed([] {
-                  EXPECT_TRUE(Internal::validateParameters({listWith("a"), textX}));
-                  EXPECT_TRUE(Internal::validateParameters({}));
-              }),
-              "");
-}
 
 // Says what a test wants it to say, and counts how often it is asked.
 struct Judged {
@@ -466,23 +303,6 @@ TEST_F(ValidatePermissionsTest, AnAdministratorRunsTheToolAgainAndThisProcessEnd
         testing::ExitedWithCode(0), testing::Eq("from the child\nthe end"));
 }
 
-// ---- Rendering ----
-
-TEST(Rendered, ShowsTextsInQuotationMarksWithACommaAndASpaceBetween) {
-    const std::vector<Text> arguments{"a", "", "b c"};
-    EXPECT_EQ(Internal::rendered(arguments), R"(["a", "", "b c"])");
-    EXPECT_EQ(Internal::rendered({}), "[]");
-}
-
-TEST(Rendered, EscapesWhatWouldBreakTheQuotationOrTheTerminal) {
-    const std::vector<Text> arguments{"say \"x\"",    "it's",
-                                      "back\\slash",  std::string("\t\n\r\0\x1B\a", 6),
-                                      "\u2028\u202E", "\xFF"};
-    EXPECT_EQ(Internal::rendered(arguments),
-              R"(["say \"x\"", "it\'s", "back\\slash", "\t\n\r\0\u{1B}\u{07}", )"
-              R"("\u{2028}\u{202E}", "\x{FF}"])");
-}
-
 // ---- Parse ----
 
 class ParseTest : public SurvivingTest {
@@ -516,22 +336,6 @@ TEST_F(ParseTest, AnswersNoCommandLineWithoutArguments) {
     EXPECT_EQ(platform().threadsStarted, 0);
 }
 
-TEST_F(ParseTest, RunsTheOneDeclarationThatFitsAndReturnsAfterIt) {
-    int runs = 0;
-    const CommandLinePossibility declarations[] = {
-        command({flagB}), running({flagA}, [&](const Parameters&) { ++runs; }), command({textX})};
-    EXPECT_EQ(printed([&] {
-                  EXPECT_EQ(parse(declarations, {"tool", "-a"}), parsingError::NoError);
-              }),
-              "");
-    EXPECT_EQ(runs, 1);
-    EXPECT_EQ(platform().threadsStarted, 1);
-}
-
-TEST_F(ParseTest, DropsTheProgramNameWhateverItIs) {
-    EXPECT_EQ(parse({command({flagA})}, {"-a", "-a"}), parsingError::NoError);
-}
-
 TEST_F(ParseTest, TakesArgcAndArgv) {
     const char* const argv[] = {"tool", "-x", "a\xFF", nullptr};
     Texts texts;
@@ -541,12 +345,6 @@ TEST_F(ParseTest, TakesArgcAndArgv) {
     EXPECT_EQ(texts, (Texts{"-x=a\xFF"}));
 }
 
-TEST_F(ParseTest, HandsRequiredParametersOnBeforeOptionalOnes) {
-    EXPECT_EQ(
-        given(command({textX, flagA}, {textY, flagB}), {"tool", "-b", "-a", "-y", "2", "-x", "1"}),
-        (Texts{"-a=", "-x=1", "-b=", "-y=2"}));
-}
-
 TEST_F(ParseTest, CallsTheActionOnAnotherThread) {
     std::thread::id actionThread;
     const auto declaration =
@@ -554,20 +352,6 @@ TEST_F(ParseTest, CallsTheActionOnAnotherThread) {
     EXPECT_EQ(parse({declaration}, {"tool", "-a"}), parsingError::NoError);
     EXPECT_NE(actionThread, std::thread::id());
     EXPECT_NE(actionThread, std::this_thread::get_id());
-}
-
-TEST_F(ParseTest, SaysThatNoDeclarationFits) {
-    const char* const expected =
-        "[\"add\", \"\", \"a b\"] is not a valid command line.\n Please refer to the help below.\n";
-    EXPECT_EQ(printed([] {
-                  EXPECT_EQ(parse({command({flagA}), command({flagB})}, {"tool", "add", "", "a b"}),
-                            parsingError::NoMatchingLine);
-              }),
-              expected);
-    EXPECT_EQ(printed([] {
-                  EXPECT_EQ(parse({}, {"tool", "add", "", "a b"}), parsingError::NoMatchingLine);
-              }),
-              expected);
 }
 
 // Takes the tool's declarations away while its value is judged.
@@ -593,63 +377,6 @@ TEST_F(ParseTest, RunsTheActionOfADeclarationThatIsGoneWhenItIsJudged) {
     EXPECT_EQ(seen, "a value");
 }
 
-TEST_F(ParseTest, IsSilentWhenSeveralDeclarationsFit) {
-    int runs = 0;
-    const auto counting = running({flagA}, [&](const Parameters&) { ++runs; });
-    EXPECT_EQ(
-        printed([&] {
-            EXPECT_EQ(parse({counting, counting}, {"tool", "-a"}), parsingError::NoMatchingLine);
-            EXPECT_EQ(parse({counting, command({}, {flagA}), counting}, {"tool", "-a"}),
-                      parsingError::NoMatchingLine);
-        }),
-        "");
-    EXPECT_EQ(runs, 0);
-    EXPECT_EQ(platform().threadsStarted, 0);
-}
-
-TEST_F(ParseTest, NeverRunsADeclarationWithoutParameters) {
-    EXPECT_EQ(printed([] {
-                  EXPECT_EQ(parse({command({})}, {"tool", "x"}), parsingError::NoMatchingLine);
-              }),
-              "[\"x\"] is not a valid command line.\n Please refer to the help below.\n");
-}
-
-TEST_F(ParseTest, NamesADanglingTagOnceForEachDeclarationThatEndsPending) {
-    EXPECT_EQ(printed([] {
-                  EXPECT_EQ(parse({command({textX}), command({flagA}), command({flagA, textX}),
-                                   command({}, {textX})},
-                                  {"tool", "--ex"}),
-                            parsingError::NoMatchingLine);
-              }),
-              "Missing argument for -x\n"
-              "Missing argument for -x\n"
-              "Missing argument for -x\n"
-              "[\"--ex\"] is not a valid command line.\n Please refer to the help below.\n");
-}
-
-TEST_F(ParseTest, TriesEveryDeclarationAfterAFitToo) {
-    EXPECT_EQ(printed([] {
-                  const ParameterNone flagX{{"-x"}, ""};
-                  EXPECT_EQ(parse({command({flagX}), command({textX})}, {"tool", "-x"}),
-                            parsingError::NoError);
-              }),
-              "Missing argument for -x\n");
-}
-
-TEST_F(ParseTest, AnInvalidValueIsSaidAndNothingRuns) {
-    EXPECT_EQ(
-        printed([] {
-            EXPECT_EQ(parse({command({listL})}, {"tool", "-l", "x"}), parsingError::NoMatchingLine);
-        }),
-        "Validation of parameter -l failed : Item x is not a valid option. It must be one "
-        "of: a, b\n");
-    EXPECT_EQ(platform().threadsStarted, 0);
-}
-
-TEST_F(ParseTest, ValidatesOptionalParametersOnlyWhenTheyAreGiven) {
-    EXPECT_EQ(parse({command({flagA}, {listL})}, {"tool", "-a"}), parsingError::NoError);
-}
-
 TEST_F(ParseTest, AnInvalidValueIsNotTestedForPermission) {
     const CommandLinePossibility root{true, {listL}, {}, "help", false, doNothing};
     EXPECT_EQ(printed([&] {
@@ -658,20 +385,6 @@ TEST_F(ParseTest, AnInvalidValueIsNotTestedForPermission) {
               "Validation of parameter -l failed : Item x is not a valid option. It must be one "
               "of: a, b\n");
     EXPECT_EQ(platform().userQuestions, 0);
-}
-
-TEST_F(ParseTest, ARootCommandOfAnOrdinaryUserDoesNotRun) {
-    EXPECT_EQ(
-        printed([] {
-            EXPECT_EQ(parse({rootCommand({flagA})}, {"tool", "-a"}), parsingError::NoMatchingLine);
-        }),
-        "Requested command line must be run as root. Try using sudo.\n");
-    EXPECT_EQ(platform().threadsStarted, 0);
-}
-
-TEST_F(ParseTest, ARootCommandOfAMemberOfGroupZeroRuns) {
-    platform().groupsOfUser = {0};
-    EXPECT_EQ(given(rootCommand({textX}), {"tool", "-x", "1"}), (Texts{"-x=1"}));
 }
 
 TEST_F(ParseTest, RunsTheToolAgainWithItsOwnStartArgumentsAndNotWithThePassedInOnes) {
@@ -684,13 +397,6 @@ TEST_F(ParseTest, RunsTheToolAgainWithItsOwnStartArgumentsAndNotWithThePassedInO
             std::_Exit(98);
         },
         testing::ExitedWithCode(0), testing::Eq("the end"));
-}
-
-TEST_F(ParseTest, FindsATagThatTheArgumentIsCanonicallyEqualToInOtherBytes) {
-    const ParameterNone kelvin{{"K"}, ""};
-    const ParameterNone accented{{"caf\u00E9"}, ""};
-    EXPECT_EQ(given(command({kelvin}), {"tool", "\u212A"}).size(), 1U);
-    EXPECT_EQ(given(command({accented}), {"tool", "cafe\u0301"}).size(), 1U);
 }
 
 TEST_F(ParseTest, WorksWithinAnAction) {

@@ -27,101 +27,12 @@ Kind with(Kind kind, const Text& value) {
     return kind;
 }
 
-TEST(Fetch, FindsNothingInAnEmptyList) {
-    const Parameters empty;
-    EXPECT_FALSE(hasOptional(string, empty));
-    EXPECT_FALSE(fetchOptionalNone(flag, empty));
-    EXPECT_EQ(fetchOptionalString(string, empty), std::nullopt);
-    EXPECT_EQ(fetchOptionalUUID(uuid, empty), std::nullopt);
-    EXPECT_EQ(fetchOptionalNumber(number, empty), std::nullopt);
-    EXPECT_EQ(fetchOptionalListOption(list, empty), std::nullopt);
-    EXPECT_EQ(fetchOptionalURL(path, empty), std::nullopt);
-}
-
-TEST(Fetch, NonOptionalOperationsStopSilentlyWhenNothingWasGiven) {
-    const Parameters given{with(flag, "")};
-    EXPECT_SILENT_STOP(fetchString(string, given));
-    EXPECT_SILENT_STOP(fetchUUID(uuid, given));
-    EXPECT_SILENT_STOP(fetchNumber(number, given));
-    EXPECT_SILENT_STOP(fetchListOption(list, given));
-    EXPECT_SILENT_STOP(fetchURL(path, given));
-}
-
-TEST(Fetch, AFlagIsThereOrNot) {
-    const ParameterNone other{{"-g"}, ""};
-    const Parameters given{flag};
-    EXPECT_TRUE(hasOptional(flag, given));
-    EXPECT_TRUE(fetchOptionalNone(flag, given));
-    EXPECT_FALSE(hasOptional(other, given));
-    EXPECT_FALSE(fetchOptionalNone(other, given));
-}
-
-TEST(Fetch, HasOptionalTakesAnyKind) {
-    const Parameters given{string, uuid, number, list, path};
-    for (const ParameterProtocol& parameter : given) EXPECT_TRUE(hasOptional(parameter, given));
-    EXPECT_FALSE(hasOptional(flag, given));
-}
-
-TEST(Fetch, UserValueAndParameterNameOfTheAskedOnePlayNoPart) {
-    ParameterString asked = with(string, "other");
-    asked.common.parameterName = "other";
-    EXPECT_EQ(fetchOptionalString(asked, {with(string, "x")}), "x");
-    EXPECT_TRUE(hasOptional(asked, {with(string, "x")}));
-}
-
-TEST(Fetch, HelpOrderOfTagsAndHasParameterOfTheAskedOneDo) {
+TEST(Fetch, AParameterThatTakesAValueIsNotTheSameWithoutOne) {
     const Parameters given{with(string, "x")};
     ParameterString noValue = string;
     noValue.common.hasParameter = false;
-    EXPECT_FALSE(hasOptional(ParameterString{{"-s", "--string"}, "text", "Another"}, given));
-    EXPECT_FALSE(hasOptional(ParameterString{{"--string", "-s"}, "text", "A text"}, given));
     EXPECT_FALSE(hasOptional(noValue, given));
     EXPECT_EQ(fetchOptionalString(noValue, given), std::nullopt);
-}
-
-TEST(Fetch, AnEqualDeclarationOfAnotherCommandFindsTheParameter) {
-    const ParameterString elsewhere{{"-s", "--string"}, "text", "A text"};
-    EXPECT_EQ(fetchString(elsewhere, {with(string, "x")}), "x");
-}
-
-TEST(Fetch, TheSameTagsOfAnotherKindAreNotFound) {
-    ParameterUUID twin{{"-s", "--string"}, "text", "A text"};
-    EXPECT_EQ(fetchOptionalUUID(twin, {with(string, "x")}), std::nullopt);
-    EXPECT_SILENT_STOP(fetchUUID(twin, {with(string, "x")}));
-}
-
-TEST(Fetch, OfAParameterGivenTwiceTheFirstCounts) {
-    EXPECT_EQ(fetchOptionalString(string, {with(string, "a"), flag, with(string, "b")}), "a");
-}
-
-TEST(Fetch, AnEmptyTextIsPresent) {
-    EXPECT_EQ(fetchOptionalString(string, {with(string, "")}), "");
-    EXPECT_EQ(fetchString(string, {with(string, "")}), "");
-}
-
-TEST(Fetch, ATextComesExactlyAsTyped) {
-    EXPECT_EQ(fetchString(string, {with(string, " \xFF\n ")}), " \xFF\n ");
-}
-
-TEST(Fetch, AUUIDIsReadFromItsText) {
-    const Parameters given{with(uuid, "8f14e45f-ceea-467f-a0e6-9d3f1c2b7a55")};
-    EXPECT_EQ(fetchOptionalUUID(uuid, given)->text(), "8F14E45F-CEEA-467F-A0E6-9D3F1C2B7A55");
-    EXPECT_EQ(fetchUUID(uuid, given).text(), "8F14E45F-CEEA-467F-A0E6-9D3F1C2B7A55");
-}
-
-TEST(Fetch, ATextThatIsNoUUIDBecomesTheAllZeroOne) {
-    for (const char* text : {"xyz", "", "8f14e45fceea467fa0e69d3f1c2b7a55"}) {
-        EXPECT_EQ(fetchOptionalUUID(uuid, {with(uuid, text)}), UUID{}) << text;
-        EXPECT_EQ(fetchUUID(uuid, {with(uuid, text)}).text(),
-                  "00000000-0000-0000-0000-000000000000");
-    }
-}
-
-TEST(Fetch, ANumberIsConvertedAndATextThatIsNoneGivesMinusOne) {
-    EXPECT_EQ(fetchOptionalNumber(number, {with(number, "500")}), 500);
-    EXPECT_EQ(fetchNumber(number, {with(number, "-7")}), -7);
-    EXPECT_EQ(fetchOptionalNumber(number, {with(number, "five")}), -1);
-    EXPECT_EQ(fetchNumber(number, {with(number, "")}), -1);
 }
 
 TEST(Fetch, AChoiceIsTheChosenOption) {
@@ -129,21 +40,11 @@ TEST(Fetch, AChoiceIsTheChosenOption) {
     EXPECT_EQ(fetchListOption(list, {with(list, "name")}).firstTag(), "name");
 }
 
-TEST(Fetch, AChoiceOfTheGivenParameterNotOfTheAskedOneDecides) {
-    const ParameterList asked{{"-l"}, {"other"}, "order", "A choice"};
-    EXPECT_EQ(fetchListOption(asked, {with(list, "date")}).firstTag(), "date");
-}
-
 TEST(Fetch, AnUnknownChoiceStopsSilently) {
     EXPECT_SILENT_STOP(fetchOptionalListOption(list, {with(list, "size")}));
 }
 
 class FetchURLTest : public Tests::PolicyTest {};
-
-TEST_F(FetchURLTest, IsTheURLOfThePath) {
-    EXPECT_EQ(fetchOptionalURL(path, {with(path, "a")})->text(), "file:///here/a");
-    EXPECT_EQ(fetchURL(path, {with(path, "/b")}).path(), "/b");
-}
 
 TEST_F(FetchURLTest, TestsNothing) {
     EXPECT_EQ(
