@@ -4,7 +4,7 @@ as long as the case keeps failing. Every reduced case is a valid one."""
 import texts
 
 # What a case is about; without it there is no case, or another one.
-KEPT = {"call", "kind", "type", "state", "fetch"}
+KEPT = {"call", "kind", "type", "state", "fetch", "spelling", "takes"}
 OPTIONAL = {"userValue", "fetch"}
 
 

@@ -1,0 +1,67 @@
+"""What the calls about a tool answer, and what is wrong with another answer."""
+
+import completing
+import explaining
+import linting
+import rules
+import searching
+import spelling
+from comparing import ERRORS, first_difference, same
+from rules import from_json
+
+SILENT = {"stdout": "", "stderr": "", "stopped": False}
+
+
+def observation_of(case):
+    """Nothing where the model does not judge: a list without a choice stops the process, and a search
+    may be too large."""
+    try:
+        return ANSWERS[case["call"]](case, spelling.tool_of(case)) | SILENT
+    except (rules.FatalStop, searching.TooLarge):
+        return None
+
+
+def explanation(case, tool):
+    return explaining.explain(tool, list(rules.texts_of(case["arguments"])))
+
+
+def completion(case, tool):
+    return completing.complete(tool, list(rules.texts_of(case["before"])), from_json(case["current"]),
+                               case["all"])
+
+
+def findings(_case, tool):
+    return {"findings": linting.findings_of(tool)}
+
+
+ANSWERS = {"explain": explanation, "complete": completion, "lint": findings}
+
+
+def difference(case, expected, observed):
+    """One line; nothing where the observation is right."""
+    if "error" in observed:
+        return ERRORS + str(observed["error"])
+    keys = [*expected, *(["words"] if case["call"] == "explain" else [])]
+    if sorted(keys) != sorted(observed):
+        return f"keys: expected {sorted(keys)}, observed {sorted(observed)}"
+    if case["call"] == "lint":
+        fault = linting.first_difference(spelling.tool_of(case), observed["findings"])
+        if fault:
+            return "findings: " + fault
+        observed = observed | {"findings": expected["findings"]}
+    for name in expected:
+        seen = comparable(name, observed[name])
+        if not same(comparable(name, expected[name]), seen):
+            return f"{name}: " + first_difference(expected[name], seen)
+    return None
+
+
+def comparable(name, value):
+    """Without what more than one answer is right for."""
+    if name == "attempts":
+        return [{key: it for key, it in attempt.items() if key != "why"} | {
+            "rejected": [it["parameter"] for it in attempt["rejected"]]} for attempt in value]
+    if name == "offers":
+        return [offer if offer["word"] is None else {
+            key: it for key, it in offer.items() if key != "name"} for offer in value]
+    return value
