@@ -9,8 +9,11 @@ from kinds import KINDS
 from texts import to_json
 
 OPTION_TAGS = ("-a", "-n", "-v", "-s", "--name", "--sort", "--force", "-ab", "-1", "-\u00e9", "-e\u0301",
-               "--caf\u00e9", "--cafe\u0301", "--size", "--forces", "-name", "--help", "-h", "--dry-run")
+               "--caf\u00e9", "--cafe\u0301", "--e\u0301te\u0301", "--size", "--forces", "-name", "--help", "-h", "--dry-run")
 WORD_TAGS = ("list", "lists", "remove", "add", "to", "a", "\u00e9", "e\u0301", "-", "eth0", "state", "help")
+# Tags that one declaration has to tell apart.
+FAMILIES = (("-a", "-n", "--an"), ("-n", "-e", "--ne"), ("--sort", "--sorts", "--sor", "--fort"),
+            ("list", "lists", "liste"), ("\u00e9t\u00e9", "\u00e9tes"), ("--disk", "disk"))
 CHOICES = ("name", "size", "list", "-v", "\u00e9", "e\u0301", "a", "-1", "on", "x=y")
 VALUES = ("w", "disk0", "name", "list", "", "-", "-x", "-5", "5", "12", "--", "--help", "-v", "=", "a=b",
           "lsit", "force", "\u00e9", "siz", "-n5")
@@ -35,6 +38,8 @@ class Generator(generator.Generator):
     def tool_declarations(self, call):
         """The parameters are drawn first: what declarations share makes them hard to tell apart."""
         pool = self.some(2, 6, lambda: self.tool_parameter(call))
+        if self.chance(0.15):
+            pool = [self.tool_parameter(call) | {"tags": [tag]} for tag in self.pick(*FAMILIES)]
         count = self.random.choices((1, 2, 3, 4), (20, 45, 25, 10))[0]
         return [self.tool_declaration(pool) for _ in range(count)]
 
@@ -196,6 +201,10 @@ class Generator(generator.Generator):
         return line[:at] + list(map(self.mistyped, line[at:at + 1])) + line[at + 1:]
 
     def mistyped(self, word):
+        """One or two mistakes."""
+        return self.mistake(self.mistake(word) if self.chance(0.25) else word)
+
+    def mistake(self, word):
         """One character too many, too few, another one or at another place; or case, dashes, the end."""
         characters = texts.characters(texts.from_json(word))
         at = self.random.randint(0, max(0, len(characters) - 1))
@@ -206,6 +215,7 @@ class Generator(generator.Generator):
             characters[:at] + characters[at + 1:at + 2] + here + characters[at + 2:],
             [it.swapcase() if it.isascii() else it for it in characters],
             ["-", *characters], characters[1:], characters[:3], characters[:4],
+            characters[1:], characters[:2],
             characters + ["=", "x"])
         return to_json(generator.reread("".join(changed)))
 
