@@ -84,11 +84,11 @@ class Attempt:
         self.fits = reader.fits(self.reading)
         self.missing = reader.missing(self.reading)
         self.given = set(self.reading.counts())
-        self.rejected = self.rejected_positions() if self.fits else []
+        self.rejected = []
         self.hints = {position: self.hint(position) for position in self.missing}
 
-    def rejected_positions(self):
-        return [position for position, value in self.reader.handed(self.reading)
+    def judge(self):
+        self.rejected = [position for position, value in self.reader.handed(self.reading)
                 if is_rejected(rules.replace(self.reader.parameters[position], user_value=value))]
 
     # near
@@ -172,6 +172,8 @@ def explain(tool, line):
     attempts = [Attempt(index, reader, line)
                 for index, reader in enumerate(spelling.readers_of(tool))]
     fitting = [attempt for attempt in attempts if attempt.fits]
+    if len(fitting) == 1:
+        fitting[0].judge()
     outcome = outcome_of(tool, line, fitting)
     only = fitting[0] if len(fitting) == 1 and outcome != "nothingGiven" else None
     return {

@@ -316,9 +316,10 @@ def stops_at_once(original):
 
 
 def all_judged(original):
+    """Not only the one that fits."""
     def init(self, index, reader, line):
         original(self, index, reader, line)
-        self.rejected = self.rejected_positions() if self.reading.problem is None else []
+        self.judge()
     return init
 
 

@@ -7,7 +7,7 @@ import rules
 import searching
 import spelling
 from comparing import ERRORS, first_difference, same
-from rules import from_json
+from rules import from_json, to_json
 
 SILENT = {"stdout": "", "stderr": "", "stopped": False}
 
@@ -60,7 +60,8 @@ def comparable(name, value):
     """Without what more than one answer is right for."""
     if name == "attempts":
         return [{key: it for key, it in attempt.items() if key != "why"} | {
-            "rejected": [it["parameter"] for it in attempt["rejected"]]} for attempt in value]
+            "rejected": [it["parameter"] for it in attempt["rejected"]],
+            "near": [to_json(spelling.key(from_json(it))) for it in attempt["near"]]} for attempt in value]
     if name == "offers":
         return [offer if offer["word"] is None else {
             key: it for key, it in offer.items() if key != "name"} for offer in value]
