@@ -10,10 +10,12 @@ from texts import to_json
 
 OPTION_TAGS = ("-a", "-n", "-v", "-s", "--name", "--sort", "--force", "-ab", "-1", "-\u00e9", "-e\u0301",
                "--caf\u00e9", "--cafe\u0301", "--e\u0301te\u0301", "--size", "--forces", "-name", "--help", "-h", "--dry-run")
-WORD_TAGS = ("list", "lists", "remove", "add", "to", "a", "\u00e9", "e\u0301", "-", "eth0", "state", "help")
+WORD_TAGS = ("list", "lists", "remove", "add", "to", "a", "\u00e9", "e\u0301", "-", "eth0", "state", "help", "e\u0301te\u0301",
+             "\u00e9t\u00e9s")
 # Tags that one declaration has to tell apart.
-FAMILIES = (("-a", "-n", "--an"), ("-n", "-e", "--ne"), ("--sort", "--sorts", "--sor", "--fort"),
-            ("list", "lists", "liste"), ("\u00e9t\u00e9", "\u00e9tes"), ("--disk", "disk"))
+FAMILIES = (("-a", "-n", "--an"), ("-n", "-e", "--ne"), ("--sort", "--sorts", "--port", "--fort"),
+            ("--bat", "--cat", "--hat", "--bats"), ("list", "lists", "liste"), ("\u00e9t\u00e9", "\u00e9tes"),
+            ("--disk", "disk"))
 CHOICES = ("name", "size", "list", "-v", "\u00e9", "e\u0301", "a", "-1", "on", "x=y")
 VALUES = ("w", "disk0", "name", "list", "", "-", "-x", "-5", "5", "12", "--", "--help", "-v", "=", "a=b",
           "lsit", "force", "\u00e9", "siz", "-n5")
@@ -21,6 +23,7 @@ NUMBERS = ("5", "-5", "0", "+3", "12", "-12", "99", "abc", "", "-", "5x", "-9223
            "9223372036854775808", "-1")
 UUID = "0f8fad5b-d9cb-469f-a165-70867728950e"
 PATHS = ("file", "dir", "missing")
+KINDS_DRAWN = ("ParameterNone", *KINDS, "ParameterNone", "ParameterString")
 CALLS = ("explain", "complete", "lint")
 WEIGHTS = (60, 25, 15)
 
@@ -38,14 +41,14 @@ class Generator(generator.Generator):
     def tool_declarations(self, call):
         """The parameters are drawn first: what declarations share makes them hard to tell apart."""
         pool = self.some(2, 6, lambda: self.tool_parameter(call))
-        if self.chance(0.15):
-            pool = [self.tool_parameter(call) | {"tags": [tag]} for tag in self.pick(*FAMILIES)]
+        if self.chance(0.2):
+            pool = self.family(call)
         count = self.random.choices((1, 2, 3, 4), (20, 45, 25, 10))[0]
         return [self.tool_declaration(pool) for _ in range(count)]
 
     def tool_declaration(self, pool):
         """Mostly a parameter stands in a declaration once."""
-        drawn = self.random.sample(pool, min(len(pool), self.random.randint(1, 4)))
+        drawn = self.random.sample(pool, min(len(pool), self.pick(1, 2, 3, 4, 4)))
         if self.chance(0.08):
             drawn.append(self.pick(*pool))
         required, optional = [], []
@@ -56,10 +59,13 @@ class Generator(generator.Generator):
         return {"requiresRoot": self.chance(0.15), "required": required, "optional": optional,
                 "help": self.pick("Do it", "List", ""), "hidden": self.chance(0.15)}
 
-    def tool_parameter(self, call):
-        kind = self.pick("ParameterNone", "ParameterNone", "ParameterNone", "ParameterString",
-                         "ParameterString", "ParameterList", "ParameterNumber", "ParameterFileURL",
-                         "ParameterUUID")
+    def family(self, call):
+        short = self.chance(0.5)
+        return [self.tool_parameter(call, self.pick("ParameterNone", "ParameterString")) | {"tags": [tag]}
+                for tag in self.pick(*(FAMILIES[:2] if short else FAMILIES[2:]))]
+
+    def tool_parameter(self, call, *kinds):
+        kind = self.pick(*kinds or KINDS_DRAWN)
         parameter = {"kind": kind, "tags": self.tool_tags(call), "tagHelp": self.pick("", "help", "The name")}
         if KINDS[kind].has_parameter:
             parameter["parameterName"] = self.pick("NAME", "DISK", "")
@@ -144,9 +150,11 @@ class Generator(generator.Generator):
         typed = self.typed(parameter)
         if len(typed) == 2 and isinstance(typed[0], str) and isinstance(typed[1], str):
             if typed[0].startswith("--") and self.chance(0.4):
-                return [typed[0] + "=" + typed[1]]
+                return [typed[0][self.chance(0.15):] + "=" + typed[1]]
             if typed[0].startswith("-") and len(texts.characters(typed[0])) == 2 and self.chance(0.4):
-                return [typed[0] + typed[1]]
+                return [typed[0] + self.pick("", "", "", "=") + typed[1]]
+        if isinstance(typed[0], str) and typed[0].startswith("--") and self.chance(0.05):
+            return [typed[0][1:], *typed[1:]]
         return typed
 
     def joined(self, words):
@@ -214,8 +222,8 @@ class Generator(generator.Generator):
             characters[:at] + [self.pick("x", "\u00e9", "e\u0301", "-")] + characters[at + 1:],
             characters[:at] + characters[at + 1:at + 2] + here + characters[at + 2:],
             [it.swapcase() if it.isascii() else it for it in characters],
-            ["-", *characters], characters[1:], characters[:3], characters[:4],
-            characters[1:], characters[:2],
+            ["-", *characters], characters[1:], characters[:2], characters[:3],
+            characters[:5], characters[:6],
             characters + ["=", "x"])
         return to_json(generator.reread("".join(changed)))
 

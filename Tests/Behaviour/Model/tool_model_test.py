@@ -474,7 +474,7 @@ class EnumerationTest(unittest.TestCase):
 
 # --- the drawn cases ---
 
-CASES = 2000
+CASES = 2500
 
 
 class PlantedErrorTest(unittest.TestCase):

@@ -113,13 +113,8 @@ def flags_take_values(original):
 
 
 def last_equals(original):
-    def step(self, state, argument):
-        tag, equals, value = argument.rpartition("=")
-        owner = self.owner(tag)
-        if argument.startswith("--") and equals and owner is not None and self.has_value(owner):
-            return Step(state._replace(given=state.given | {owner}), spelling.TAG, opened=((owner, value),))
-        return original(self, state, argument)
-    return step
+    return lambda self, state, argument: (
+        None if argument.count("=") > 1 else original(self, state, argument))
 
 
 def no_empty_value(original):
@@ -319,7 +314,8 @@ def all_judged(original):
     """Not only the one that fits."""
     def init(self, index, reader, line):
         original(self, index, reader, line)
-        self.judge()
+        if self.reading.problem is None:
+            self.judge()
     return init
 
 
@@ -517,7 +513,7 @@ ERRORS = {
     "one strict side": ("lint", replaced(searching, "both", first_track_strict)),
     "a longer witness": ("lint", replaced(searching.Search, "shortest", longer_witness)),
     **{"without " + rule: ("lint", lint_without(rule)) for rule in linting.SEVERITIES},
-    **{"severity of " + rule: ("lint", severity(rule, "other")) for rule in linting.SEVERITIES},
+    "another severity": ("lint", severity("collision", "note")),
 }
 
 
