@@ -39,7 +39,7 @@ def lint(tool):
             if witness is not None:
                 expected.witnesses["masked", (index,)] = witness
         add_plain_rules(tool, index, reader, expected)
-    add_swallows(readers, expected)
+    add_swallows(tool, readers, expected)
     add_undeclared_operands(tool, readers, expected)
     return expected
 
@@ -117,12 +117,18 @@ def is_unprintable(text):
 
 # --- rules about the tool ---
 
-def add_swallows(readers, expected):
-    """In exact spelling there are no operands."""
+def add_swallows(tool, readers, expected):
+    """In exact spelling there are no operands. A mistyped command stands first; whether it is swallowed at
+    another place, or where its value is rejected later, is doubtful."""
     for index, reader in enumerate(readers):
         others = [other for other in readers if other is not reader and getattr(other, "words", ())]
-        if reader.operands and not reader.words and others:
+        if not reader.operands or reader.words or not others:
+            continue
+        search = searching.swallowing(tool, reader, strict=True)
+        if search.reaches(search.next(search.start(), search.symbols[-1])):
             expected.must.add(("swallows", index))
+        if searching.swallowing(tool, reader, strict=False).shortest():
+            expected.may.add(("swallows", index))
 
 
 def add_undeclared_operands(tool, readers, expected):

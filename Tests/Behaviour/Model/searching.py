@@ -109,6 +109,25 @@ class MaskedTrack(Track):
             position not in state[1] for position in self.reader.required)
 
 
+class SwallowingTrack(Track):
+    """Of conventional spelling: knows whether an operand took the word that is no tag and no choice."""
+
+    def __init__(self, reader, strict, word):
+        super().__init__(reader, strict)
+        self.word = word
+
+    def stepped(self, state, argument):
+        following = super().stepped(state, argument)
+        if following is None:
+            return None
+        step = self.reader.step(state[0], argument)
+        taken = argument == self.word and step.role in (spelling.PLAIN, spelling.REST) and step.opened
+        return following[0], following[1], state[2] or bool(taken)
+
+    def accepts(self, state):
+        return super().accepts(state) and bool(state[2])
+
+
 class Search:
     """`needed` says which tracks must go on, `is_goal` which states end a line."""
 
@@ -197,6 +216,12 @@ def both(tool, left, right):
     tracks = [Track(left, strict=True), Track(right, strict=True)]
     return Search(tracks, symbols_of(tool), [0, 1],
                   lambda states: all(map(Track.accepts, tracks, states)))
+
+
+def swallowing(tool, reader, strict):
+    symbols = symbols_of(tool)
+    tracks = [SwallowingTrack(reader, strict, symbols[-1])]
+    return Search(tracks, symbols, [0], lambda states: tracks[0].accepts(states[0]))
 
 
 def masked(tool, reader):
