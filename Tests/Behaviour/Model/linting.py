@@ -13,12 +13,13 @@ SEVERITIES = {
     "untagged": "error", "choiceless": "error", "bounds": "error", "operand": "error",
     "swallows": "warning", "unprintable": "warning", "reserved": "note",
 }
+ABOUT_A_TAG = ("shadowed", "choiceless", "bounds", "reserved")
 OWN_TAGS = ("--help", "-h", "--version", "--completion", "--manual", "--describe")
 
 
 class Expected:
     """`witnesses`: a shortest line for each (rule, declarations). `must` and `may`: the pairs of a rule and
-    the declaration that it names first, or None."""
+    the declaration that it names first, or None; with the tag, where the rule is about one."""
 
     def __init__(self):
         self.witnesses, self.must, self.may = {}, set(), set()
@@ -33,7 +34,7 @@ def lint(tool):
             if witness is not None:
                 expected.witnesses["collision", (other, index)] = witness
         if is_unreachable(tool, readers, index):
-            expected.must.add(("unreachable", index))
+            expected.must.add(("unreachable", index, None))
         if not tool.conventional:
             witness = searching.masked(tool, reader).shortest()
             if witness is not None:
@@ -58,30 +59,37 @@ def requires_nothing_alone(tool, index):
 # --- rules about one declaration ---
 
 def add_plain_rules(tool, index, reader, expected):
+    for position, parameter in enumerate(reader.parameters):
+        for rule, tags in tags_at_fault(tool, reader, position, parameter):
+            expected.must.update((rule, index, tag and key(tag)) for tag in tags)
+        expected.may.update(("reserved", index, key(tag)) for tag in parameter.tags
+                            if tag in OWN_TAGS or tag == "help")
     rules = {
-        "shadowed": has_shadowed_tag(tool, reader),
         "untagged": any(not it.tags or "" in it.tags for it in tagged(reader)),
-        "choiceless": any(map(is_choiceless, reader.parameters)),
-        "bounds": any(it.kind == "ParameterNumber" and it.least > it.greatest
-                      for it in reader.parameters),
         "operand": tool.conventional and has_wrong_operand(reader),
         "unprintable": has_unprintable(reader),
-        "reserved": any(tag in OWN_TAGS[:2] for it in reader.parameters for tag in it.tags),
     }
-    expected.must.update((rule, index) for rule, holds in rules.items() if holds)
+    expected.must.update((rule, index, None) for rule, holds in rules.items() if holds)
     if not tool.conventional and tool.operands:
-        expected.may.add(("operand", index))
-    if any(tag in OWN_TAGS or tag == "help" for it in reader.parameters for tag in it.tags):
-        expected.may.add(("reserved", index))
+        expected.may.add(("operand", index, None))
+
+
+def tags_at_fault(tool, reader, position, parameter):
+    """The tags that findings of a rule name: those at fault, or the first one of a parameter at fault."""
+    name = (parameter.tags or (None,))[:1]
+    yield "shadowed", [tag for tag in parameter.tags
+                       if reader.owner(tag) != position or tool.conventional and tag == "--"]
+    yield "reserved", [tag for tag in parameter.tags if tag in OWN_TAGS[:2]]
+    yield "choiceless", name if is_choiceless(parameter) else []
+    yield "bounds", name if is_out_of_bounds(parameter) else []
 
 
 def tagged(reader):
     return [*reader.parameters, *(option for it in reader.parameters for option in it.options)]
 
 
-def has_shadowed_tag(tool, reader):
-    return any(reader.owner(tag) != position or tool.conventional and tag == "--"
-               for position, parameter in enumerate(reader.parameters) for tag in parameter.tags)
+def is_out_of_bounds(parameter):
+    return parameter.kind == "ParameterNumber" and parameter.least > parameter.greatest
 
 
 def is_choiceless(parameter):
@@ -126,16 +134,16 @@ def add_swallows(tool, readers, expected):
             continue
         search = searching.swallowing(tool, reader, strict=True)
         if search.reaches(search.next(search.start(), search.symbols[-1])):
-            expected.must.add(("swallows", index))
+            expected.must.add(("swallows", index, None))
         if searching.swallowing(tool, reader, strict=False).shortest():
-            expected.may.add(("swallows", index))
+            expected.may.add(("swallows", index, None))
 
 
 def add_undeclared_operands(tool, readers, expected):
     tags = [tag for tag, _ in tool.operands] + list(tool.repeated)
     lacking = [tag for tag in tags if not any(is_declared(reader, tag) for reader in readers)]
     if lacking:
-        expected.must.add(("operand", None))
+        expected.must.add(("operand", None, None))
 
 
 def is_declared(reader, tag):
@@ -146,11 +154,27 @@ def is_declared(reader, tag):
 def findings_of(tool):
     """As a runner would answer."""
     expected = lint(tool)
-    proved = [(rule, list(declarations), list(map(to_json, line)))
-              for (rule, declarations), line in expected.witnesses.items()]
-    named = [(rule, [] if index is None else [index], None) for rule, index in expected.must]
-    return [{"rule": rule, "severity": SEVERITIES[rule], "declarations": declarations, "parameters": [],
-             "witness": witness, "sentence": rule} for rule, declarations, witness in proved + named]
+    plain = [(rule, [] if index is None else [index], [] if tag is None else [to_json(tag)])
+             for rule, index, tag in expected.must]
+    return [finding(*it) for it in proved(tool, expected)] + [finding(*it, None) for it in plain]
+
+
+def finding(rule, declarations, parameters, witness):
+    return {"rule": rule, "severity": SEVERITIES[rule], "declarations": declarations,
+            "parameters": parameters, "witness": witness, "sentence": rule}
+
+
+def proved(tool, expected):
+    readers = spelling.readers_of(tool)
+    for (rule, declarations), line in expected.witnesses.items():
+        lacking = missing_tags(readers[declarations[0]], line) if rule == "masked" else []
+        yield rule, list(declarations), lacking, list(map(to_json, line))
+
+
+def missing_tags(reader, line):
+    """Those that have a name."""
+    missing = [reader.parameters[position] for position in reader.missing(reader.read(line))]
+    return [to_json(it.tags[0]) for it in missing if it.tags]
 
 
 # --- judging what was found ---
@@ -171,14 +195,15 @@ def witnesses_difference(tool, expected, findings):
             place = finding["rule"], tuple(sorted(finding["declarations"]))
             if place in found:
                 return f"{place} is reported twice"
-            found[place] = finding["witness"]
+            found[place] = finding
     if found.keys() != expected.witnesses.keys():
         return f"expected {sorted(expected.witnesses)}, observed {sorted(found)}"
     return next(filter(None, (witness_fault(tool, place, found[place], len(shortest))
                               for place, shortest in expected.witnesses.items())), None)
 
 
-def witness_fault(tool, place, witness, length):
+def witness_fault(tool, place, found, length):
+    witness = found["witness"]
     line = list(map(spelling.from_json, witness or []))
     if len(line) != length:
         return f"{place}: the shortest witness has {length} arguments, observed {witness}"
@@ -186,10 +211,11 @@ def witness_fault(tool, place, witness, length):
         return f"{place}: {witness} is not plainly written"
     readers = spelling.readers_of(tool)
     if place[0] == "masked":
-        proved = is_masking(readers[place[1][0]], line)
+        reader = readers[place[1][0]]
+        proves = is_masking(reader, line) and missing_tags(reader, line) == found["parameters"]
     else:
-        proved = all(is_strict(readers[index], line) for index in place[1])
-    return None if proved else f"{place}: {witness} proves nothing"
+        proves = all(is_strict(readers[index], line) for index in place[1])
+    return None if proves else f"{place}: {witness} proves nothing"
 
 
 def is_plainly_written(tool, line):
@@ -213,9 +239,15 @@ def is_strict(reader, line):
 
 
 def names_difference(expected, findings):
-    found = {(finding["rule"], finding["declarations"][0] if finding["declarations"] else None)
-             for finding in findings if finding["rule"] not in ("collision", "masked")}
+    found = {names_of(finding) for finding in findings if finding["rule"] not in ("collision", "masked")}
     lacking, idle = expected.must - found, found - expected.must - expected.may
     if lacking or idle:
         return f"lacking {sorted(lacking, key=str)}, too many {sorted(idle, key=str)}"
     return None
+
+
+def names_of(finding):
+    index = finding["declarations"][0] if finding["declarations"] else None
+    if finding["rule"] not in ABOUT_A_TAG or not finding["parameters"]:
+        return finding["rule"], index, None
+    return finding["rule"], index, key(spelling.from_json(finding["parameters"][0]))
