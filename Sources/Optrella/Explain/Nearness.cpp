@@ -104,8 +104,6 @@ std::vector<std::string> Comparable::characters() const noexcept {
 }
 
 std::optional<std::size_t> Comparable::distanceTo(const Comparable& tag) const noexcept {
-    // Dashes alone are like nothing.
-    if (size_ == 0 || tag.size_ == 0) return std::nullopt;
     if (folded_ == tag.folded_) return 0;
     if (std::min(size_, tag.size_) < shortest) return std::nullopt;
     // What is typed may be a beginning, and so much shorter, but not longer.

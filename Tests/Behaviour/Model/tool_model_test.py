@@ -23,10 +23,26 @@ import tool_generator
 import tool_planted
 import tool_test
 import tools
-from model_test import choice, declared, flag, valued
 from spelling import key
 
 HERE = pathlib.Path(__file__).resolve().parent
+
+
+def flag(*tags, help=""):
+    return {"kind": "ParameterNone", "tags": list(tags), "tagHelp": help}
+
+
+def valued(kind, *tags, name="n", help="", **more):
+    return {"kind": kind, "tags": list(tags), "parameterName": name, "tagHelp": help} | more
+
+
+def choice(*tags, options=(), **more):
+    return valued("ParameterList", *tags, validOptions=[flag(option) for option in options], **more)
+
+
+def declared(required=(), optional=(), help="", root=False, hidden=False):
+    return {"requiresRoot": root, "required": list(required), "optional": list(optional),
+            "help": help, "hidden": hidden}
 
 
 def text(*tags, **more):
