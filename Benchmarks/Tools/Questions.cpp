@@ -30,13 +30,9 @@ constexpr ParameterString item{{"--item"}, "ITEM", "an item"};
 #include COMMANDS
 #undef COMMAND
 
-#define COMMAND(id, word, help, ...)                         \
-    {false,                                                  \
-     {id##Word, item},                                       \
-     {id##Name, id##Count, id##Mode, id##File, id##Verbose}, \
-     help,                                                   \
-     false,                                                  \
-     [](const Parameters&) {}},
+#define COMMAND(id, word, help, ...)                                                               \
+    {false, {id##Word, item},        {id##Name, id##Count, id##Mode, id##File, id##Verbose}, help, \
+     false, [](const Parameters&) {}},
 constinit const CommandLinePossibility commandLines[] = {
 #include COMMANDS
 #undef COMMAND
@@ -55,9 +51,8 @@ std::size_t answer(const Tool& tool, std::string_view question, const std::vecto
 
 int main(int argc, char* argv[]) {
     if (argc < 2) return 64;
-    const Tool tool{.name = "questions",
-                    .commandLines = commandLines,
-                    .operands = {{item, Takes::many}}};
+    const Tool tool{
+        .name = "questions", .commandLines = commandLines, .operands = {{item, Takes::many}}};
     const std::vector<Text> line(argv + 2, argv + argc);
     std::printf("%zu\n", answer(tool, argv[1], line));
 }

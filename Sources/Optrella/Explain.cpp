@@ -21,7 +21,8 @@ void judgeValues(const Internal::Form& form, Try& fit) noexcept {
         const std::optional<Text> message = Internal::rejection(each);
         if (!message) continue;
         const Tags& tags = each.common().tags;
-        fit.attempt.rejected.push_back({tags.empty() ? Text() : tags.front(), *message});
+        fit.attempt.rejected.push_back(
+            {tags.empty() ? Text() : tags.front(), each.common().userValue, *message});
     }
 }
 

@@ -30,6 +30,7 @@ enum class UnknownArgument : std::uint8_t {
 // A value that the parameter does not take.
 struct OPTRELLA_API RejectedValue {
     Text parameter;  // its first tag; empty when it has none
+    Text value;      // as it was given
     Text message;    // why: what the kind's validate says, or what is declared and does not hold
 
     friend bool operator==(const RejectedValue&, const RejectedValue&) = default;

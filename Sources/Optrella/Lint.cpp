@@ -82,8 +82,9 @@ bool Report::hasEnough(Rule rule) const noexcept {
 }
 
 std::string Report::declaration(std::size_t index) const noexcept {
-    return "declaration " + std::to_string(index) + " (" +
-           quoted(commandName(grammar.forms[index])) + ")";
+    const std::string name = commandName(grammar.forms[index]);
+    return "declaration " + std::to_string(index) + " (" + quoted(name.empty() ? "nothing" : name) +
+           ")";
 }
 
 std::vector<Text> Report::texts(std::span<const Symbol> line,

@@ -14,8 +14,26 @@ namespace {
 // Shorter ones are near to everything.
 constexpr std::size_t shortest = 3;
 
+// Those that programs for writing make of a typed dash count as well.
 std::string_view withoutDashes(std::string_view bytes) noexcept {
-    return bytes.substr(std::min(bytes.find_first_not_of('-'), bytes.size()));
+    constexpr std::string_view dashes[] = {"-",      "\u2010", "\u2011", "\u2012",
+                                           "\u2013", "\u2014", "\u2015", "\u2212"};
+    const auto begins = [&bytes](std::string_view dash) { return bytes.starts_with(dash); };
+    for (auto dash = std::begin(dashes); dash != std::end(dashes);) {
+        dash = std::find_if(std::begin(dashes), std::end(dashes), begins);
+        if (dash != std::end(dashes)) bytes.remove_prefix(dash->size());
+    }
+    return bytes;
+}
+
+// The opposite of what was typed is never what was meant.
+bool areOpposite(std::string_view left, std::string_view right) noexcept {
+    for (const std::string_view negation : {"no-", "un"}) {
+        for (int i = 0; i < 2; ++i, std::swap(left, right)) {
+            if (left.starts_with(negation) && left.substr(negation.size()) == right) return true;
+        }
+    }
+    return false;
 }
 
 // Three rows of a table: how much it takes from the first i characters to the first j.
@@ -108,6 +126,7 @@ std::optional<std::size_t> Comparable::distanceTo(const Comparable& tag) const n
     if (std::min(size_, tag.size_) < shortest) return std::nullopt;
     // What is typed may be a beginning, and so much shorter, but not longer.
     if (size_ > tag.size_ + std::max<std::size_t>(size_ / 3, 1)) return std::nullopt;
+    if (areOpposite(folded_, tag.folded_)) return std::nullopt;
     if (isPlain_ && tag.isPlain_) return distance(bytes_, tag.bytes_);
     return distance(characters(), tag.characters());
 }

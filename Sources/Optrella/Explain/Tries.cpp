@@ -93,7 +93,8 @@ void Tries::compare(const Walk& walk, Try& result) noexcept {
             continue;
         }
         attempt.missing.push_back(nameOf(rules));
-        const std::optional<Near> near = nearest(rules);
+        // An operand needs no tag: what is near to one may be the operand.
+        const std::optional<Near> near = rules.takes ? std::nullopt : nearest(rules);
         if (!near) continue;
         result.likeness += whole / (2 + static_cast<std::int64_t>(near->distance));
         const auto order = [](const Near& of) { return std::pair(of.distance, of.argument); };

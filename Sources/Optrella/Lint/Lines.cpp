@@ -16,14 +16,14 @@ void findCollision(Report& report, std::size_t left, std::size_t right) noexcept
                                    Contender(report.grammar, right, Line::good));
     if (found.answer != Found::Answer::yes) return;
     const std::vector<Text> witness = report.texts(found.line, left);
+    const auto names = distinctNames(std::vector{&forms[left], &forms[right]}, "nothing");
     report.add({.rule = Rule::collision,
                 .severity = Severity::error,
                 .declarations = {left, right},
                 .witness = witness,
                 .sentence = quotedLine(witness) + " fits declarations " + std::to_string(left) +
-                            " and " + std::to_string(right) + " (" +
-                            quoted(commandName(forms[left])) + " and " +
-                            quoted(commandName(forms[right])) + ")"});
+                            " and " + std::to_string(right) + " (" + names[0] + " and " + names[1] +
+                            ")"});
 }
 
 // ---- Unreachable ----

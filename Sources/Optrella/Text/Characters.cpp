@@ -90,6 +90,19 @@ std::string withoutCase(std::string_view bytes) noexcept {
     return decomposed(folded);
 }
 
+std::string upperCase(std::string_view bytes) noexcept {
+    std::string capitals;
+    for (; !bytes.empty(); bytes.remove_prefix(firstCodePoint(bytes).size)) {
+        const CodePoint next = firstCodePoint(bytes);
+        if (next.isValid()) {
+            append(capitals, utf8proc_toupper(next.value));
+        } else {
+            capitals += bytes.front();
+        }
+    }
+    return capitals;
+}
+
 std::size_t columns(std::string_view bytes) noexcept {
     std::size_t sum = 0;
     while (!bytes.empty()) {

@@ -19,6 +19,9 @@ namespace Optrella::Internal {
 // Returns a text that is the same for texts that differ in case alone.
 [[nodiscard]] std::string withoutCase(std::string_view bytes) noexcept;
 
+// Returns the text in capital letters, where a letter has one that is one code point.
+[[nodiscard]] std::string upperCase(std::string_view bytes) noexcept;
+
 // Returns the number of a terminal's columns.
 [[nodiscard]] std::size_t columns(std::string_view bytes) noexcept;
 

@@ -1,5 +1,6 @@
 #include "Optrella/Tool/Synopsis.hpp"
 
+#include <set>
 #include <string_view>
 
 #include "Optrella/Text/Characters.hpp"
@@ -9,9 +10,10 @@ namespace Optrella::Internal {
 
 namespace {
 
+// In capitals, which tell it from what is typed as it stands.
 std::string valueName(const SlotRules& rules) noexcept {
     const Text& name = rules.parameter.common().parameterName;
-    return name.empty() ? "VALUE" : name.str();
+    return name.empty() ? "VALUE" : upperCase(name);
 }
 
 void append(std::string& to, const std::string& piece) noexcept {
@@ -83,6 +85,19 @@ std::string commandName(const Form& form) noexcept {
         }
     }
     return name.empty() ? synopsis(form, false) : name;
+}
+
+std::vector<std::string> distinctNames(std::span<const Form* const> forms,
+                                       std::string_view nothing) noexcept {
+    std::vector<std::string> names;
+    for (const Form* form : forms) names.push_back(commandName(*form));
+    const std::set<std::string> different(names.begin(), names.end());
+    if (different.size() < names.size()) {
+        names.clear();
+        for (const Form* form : forms) names.push_back(synopsis(*form, false));
+    }
+    for (std::string& name : names) name = quoted(name.empty() ? nothing : name);
+    return names;
 }
 
 std::string label(const SlotRules& rules) noexcept {

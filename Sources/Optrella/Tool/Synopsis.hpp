@@ -4,7 +4,10 @@
 #define OPTRELLA_TOOL_SYNOPSIS_HPP
 
 #include <cstddef>
+#include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "Optrella/Tool/Grammar.hpp"
 
@@ -17,6 +20,11 @@ namespace Optrella::Internal {
 // Returns the words that name the command, "volume create", or the whole synopsis where it has
 // none.
 [[nodiscard]] std::string commandName(const Form& form) noexcept;
+
+// Returns the names of commands in quotation marks; their synopses where two have one name.
+// `nothing` is what stands for a command without any parameter.
+[[nodiscard]] std::vector<std::string> distinctNames(std::span<const Form* const> forms,
+                                                     std::string_view nothing) noexcept;
 
 // Returns what a person calls a parameter: DISK for an operand, '-n' in quotation marks otherwise.
 [[nodiscard]] std::string label(const SlotRules& rules) noexcept;
