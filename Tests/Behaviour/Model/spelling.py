@@ -41,8 +41,8 @@ def is_number_within(parameter, text):
 # --- a tool, as a case tells it ---
 
 @dataclass(frozen=True)
-class Number(rules.Parameter):
-    """A parameter whose bounds are known; the core asks nobody for them."""
+class Parameter(rules.Parameter):
+    """With the bounds of a number and the type of a path, which the core asks nobody for."""
 
     least: int = -2**63
     greatest: int = 2**63 - 1
@@ -59,7 +59,7 @@ class Tool:
 
 def parameter_of(entry):
     plain = rules.parameter_of(entry)
-    return Number(**vars(plain), least=entry.get("min", -2**63), greatest=entry.get("max", 2**63 - 1),
+    return Parameter(**vars(plain), least=entry.get("min", -2**63), greatest=entry.get("max", 2**63 - 1),
                   type=entry.get("type", ""))
 
 

@@ -8,10 +8,14 @@ import texts
 from kinds import KINDS
 from texts import to_json
 
-OPTION_TAGS = ("-a", "-n", "-v", "-s", "--name", "--sort", "--force", "-ab", "-1", "-\u00e9", "-e\u0301",
-               "--caf\u00e9", "--cafe\u0301", "--e\u0301te\u0301", "--size", "--forces", "-name", "--help", "-h", "--dry-run")
-WORD_TAGS = ("list", "lists", "remove", "add", "to", "a", "\u00e9", "e\u0301", "-", "eth0", "state", "help", "e\u0301te\u0301",
-             "\u00e9t\u00e9s")
+OPTION_TAGS = (
+    "-a", "-n", "-v", "-s", "--name", "--sort", "--force", "-ab", "-1", "-\u00e9", "-e\u0301", "--caf\u00e9",
+    "--cafe\u0301", "--e\u0301te\u0301", "--size", "--forces", "-name", "--help", "-h", "--dry-run",
+)
+WORD_TAGS = (
+    "list", "lists", "remove", "add", "to", "a", "\u00e9", "e\u0301", "-", "eth0", "state", "help",
+    "e\u0301te\u0301", "\u00e9t\u00e9s",
+)
 # Tags that one declaration has to tell apart.
 FAMILIES = (("-a", "-n", "--an"), ("-n", "-e", "--ne"), ("--sort", "--sorts", "--port", "--fort"),
             ("--bat", "--cat", "--hat", "--bats"), ("list", "lists", "liste"), ("\u00e9t\u00e9", "\u00e9tes"),

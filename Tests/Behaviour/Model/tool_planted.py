@@ -145,7 +145,7 @@ def without_a_look_at_equals(self, argument):
 def lone_numbers(original):
     """Where no number is due."""
     def step(self, state, argument):
-        if spelling.is_number_within(spelling.Number("", (), ""), argument):
+        if spelling.is_number_within(spelling.Parameter("", (), ""), argument):
             return self.step_of_plain(state, argument)
         return original(self, state, argument)
     return step
@@ -178,12 +178,6 @@ def rest_by_its_tag(original):
             return done._replace(state=done.state._replace(option=None, waiting=None, rest=owner), opened=())
         return done
     return step
-
-
-def due_with(change):
-    """`change` may see another state than there is."""
-    return replaced(Conventional, "due", lambda original: lambda self, state: original(
-        self, change(self, state)))
 
 
 def operands_by_tag_do_not_count(original):
@@ -528,7 +522,12 @@ def main():
 def spoken(case, observation):
     """With the words that the comparison leaves to others."""
     observation = observation or {}
-    return observation | {"words": []} if case["call"] == "explain" else observation
+    if case["call"] != "explain" or not observation:
+        return observation
+    for attempt in observation["attempts"]:
+        attempt["why"] = None if attempt["unknown"] is None else "notKnown"
+    words = [] if observation["outcome"] == "runs" else [case["tool"]["name"] + ": no"]
+    return observation | {"words": words}
 
 
 if __name__ == "__main__":

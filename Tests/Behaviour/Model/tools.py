@@ -49,10 +49,24 @@ def difference(case, expected, observed):
         if fault:
             return "findings: " + fault
         observed = observed | {"findings": expected["findings"]}
+    if case["call"] == "explain" and (fault := fault_of_words(case, observed)):
+        return fault
     for name in expected:
         seen = comparable(name, observed[name])
         if not same(comparable(name, expected[name]), seen):
             return f"{name}: " + first_difference(expected[name], seen)
+    return None
+
+
+def fault_of_words(case, observed):
+    """What holds for the words, whatever they are."""
+    if any((attempt["why"] is None) != (attempt["unknown"] is None) for attempt in observed["attempts"]):
+        return "attempts: an unknown argument, and no other, has a reason"
+    if bool(observed["words"]) == (observed["outcome"] == "runs"):
+        return "words: for what does not run, and for nothing else"
+    name = from_json(case["tool"].get("name", ""))
+    if not all(from_json(line).startswith(name + ": ") for line in observed["words"]):
+        return "words: each line begins with the tool's name"
     return None
 
 
