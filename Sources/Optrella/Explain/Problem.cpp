@@ -71,10 +71,11 @@ private:
         const std::size_t equals = argument_.bytes().find('=');
         const SlotRules* rules = line_.rulesOf(attempt_, tag);
         const bool isShort = !std::string_view(tag).starts_with("--");
+        const char* between = walk_.isExact() ? " " : isShort ? "" : "=";
         if (equals == std::string_view::npos || !rules->takesValue || !looksLikeOption(tag)) {
             return tag.str();
         }
-        return tag.str().append(isShort ? "" : "=").append(argument_.bytes().substr(equals + 1));
+        return tag.str().append(between).append(argument_.bytes().substr(equals + 1));
     }
 
     std::string option() const noexcept {
@@ -83,17 +84,18 @@ private:
             return shown_ + " is not an option of " + quoted(commandName(line_.formOf(attempt_)));
         }
         if (const std::optional<std::string> letter = unknownLetter()) return *letter;
-        const bool isHint = argument_.symbol == Vocabulary::unknown &&
-                            argument_.text != "--help" && line_.isMissedAsValue(attempt_);
+        const bool isHint = argument_.symbol == Vocabulary::unknown && argument_.text != "--help" &&
+                            line_.isMissedAsValue(attempt_);
         return shown_ + " is not known" + (isHint ? "; after '--' it would be a value" : "");
     }
 
-    // A negative number where one is due.
+    // A negative number where one is due that may be negative.
     std::optional<std::string> outOfBounds() const noexcept {
         const Slot taker = walk_.isExact() ? noSlot : walk_.takerOfPlain();
         if (taker == noSlot || !decimal(argument_.text)) return std::nullopt;
         const SlotRules& rules = walk_.form().slot(taker);
-        if (rules.parameter.as<ParameterNumber>() == nullptr) return std::nullopt;
+        const auto* number = rules.parameter.as<ParameterNumber>();
+        if (number == nullptr || number->rangeMin() >= 0) return std::nullopt;
         ParameterProtocol given(rules.parameter);
         given.storeUserValue(argument_.text);
         const std::optional<Text> message = rejection(given);

@@ -160,10 +160,11 @@ private:
     }
 
     void sayMissing(const Attempt& nearest) noexcept {
+        const std::string twice = nearest.repeated.empty() ? "" : "; " + problemOf(line_, nearest);
         std::vector<std::string> labels;
         for (const Text& tag : nearest.missing) labels.push_back(line_.labelOf(nearest, tag));
         if (labels.size() > 1) {
-            say({listed(labels, " and "), " are missing"});
+            say({listed(labels, " and "), " are missing", twice});
             return sayUsages({&nearest});
         }
         Attempts alike = {&nearest};
@@ -172,7 +173,7 @@ private:
             alike.push_back(&each);
             addOnce(labels, line_.labelOf(each, each.missing.front()));
         }
-        say({listed(labels, " or "), " is missing"});
+        say({listed(labels, " or "), " is missing", twice});
         sayUsages(alike);
     }
 

@@ -13,8 +13,18 @@ from texts import to_json
 
 # --- nearness ---
 
+# As it is typed, and what programs for writing make of it.
+DASHES = "-\u2010\u2011\u2012\u2013\u2014\u2015\u2212"
+
+
 def without_dashes(text):
-    return text.lstrip("-")
+    return text.lstrip(DASHES)
+
+
+def are_opposite(left, right):
+    """The opposite of what was typed is never what was meant."""
+    return any(longer == negation + shorter for negation in ("no-", "un")
+               for longer, shorter in ((left, right), (right, left)))
 
 
 def folded(text):
@@ -32,7 +42,7 @@ def distance(typed, tag):
     if folded(typed) == folded(tag):
         return 0
     left, right = characters(typed), characters(tag)
-    if min(len(left), len(right)) < 3:
+    if min(len(left), len(right)) < 3 or are_opposite(folded(typed), folded(tag)):
         return None
     if right[:len(left)] == left:
         return 1
@@ -85,7 +95,10 @@ class Attempt:
         self.missing = reader.missing(self.reading)
         self.given = set(self.reading.counts())
         self.rejected = []
-        self.hints = {position: self.hint(position) for position in self.missing}
+        # An operand needs no tag: what is near to one may be the operand.
+        operands = {position for position, _ in self.reader.operands}
+        self.hints = {position: None if position in operands else self.hint(position)
+                      for position in self.missing}
 
     def judge(self):
         self.rejected = [position for position, value in self.reader.handed(self.reading)
