@@ -29,7 +29,7 @@ UUID = "0f8fad5b-d9cb-469f-a165-70867728950e"
 PATHS = ("file", "dir", "missing")
 KINDS_DRAWN = ("ParameterNone", *KINDS, "ParameterNone", "ParameterString")
 CALLS = ("explain", "complete", "lint")
-WEIGHTS = (60, 25, 15)
+WEIGHTS = (48, 42, 10)
 
 
 class Generator(generator.Generator):
