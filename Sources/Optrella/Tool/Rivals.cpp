@@ -24,9 +24,7 @@ bool wasUsed(const Contender& contender, const Argument& word, Use use) noexcept
 
 Rivals::Rivals(const Grammar& grammar, const Lexicon& lexicon,
                std::span<const Text> before) noexcept
-    : grammar_(&grammar),
-      lexicon_(&lexicon),
-      owners_(static_cast<std::size_t>(grammar.vocabulary.size())) {
+    : lexicon_(&lexicon), owners_(static_cast<std::size_t>(grammar.vocabulary.size())) {
     std::vector<Argument> line;
     for (const Text& text : before) line.emplace_back(text, grammar.vocabulary);
     for (std::size_t i = 0; i < grammar.forms.size(); ++i) {

@@ -21,7 +21,7 @@ struct Use {
 
 class Rivals {
 public:
-    // Reads the beginning for every declaration. Views the grammar and the lexicon.
+    // Reads the beginning for every declaration. Views the forms of the grammar, and the lexicon.
     Rivals(const Grammar& grammar, const Lexicon& lexicon, std::span<const Text> before) noexcept;
 
     // Returns those that are not hidden and that a good line may still fit, as declared.
@@ -36,7 +36,6 @@ private:
     [[nodiscard]] std::vector<Contender> others(const Contender& candidate,
                                                 Symbol word) const noexcept;
 
-    const Grammar* grammar_;
     const Lexicon* lexicon_;
     std::vector<Contender> candidates_;
     std::vector<Contender> all_;       // that the line may still fit, hidden ones too
