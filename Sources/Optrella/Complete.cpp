@@ -162,13 +162,16 @@ private:
                               .name = common.parameterName});
         };
         if (!listed->isAsked) ask(*listed);
-        if (!listed->areFreeOffered &&
-            rivals_.leadsOn(contender, Vocabulary::unknown, {Use::As::value, slot})) {
-            listed->areFreeOffered = true;
-            for (const Text& value : listed->freeWords) offer(value);
-        }
-        for (const Text& value : listed->otherWords) {
+        const bool areFreeGood =
+            !listed->areFreeOffered &&
+            rivals_.leadsOn(contender, Vocabulary::unknown, {Use::As::value, slot});
+        if (areFreeGood) listed->areFreeOffered = true;
+        for (const Text& value : areFreeGood ? listed->words : listed->knownWords) {
             const Symbol symbol = grammar_.vocabulary.find(value);
+            if (symbol == Vocabulary::unknown) {
+                offer(value);
+                continue;
+            }
             if (words_.contains(value) || !lexicon_.mayStand(symbol)) continue;
             if (rivals_.leadsOn(contender, symbol, {Use::As::value, slot})) offer(value);
         }
@@ -179,9 +182,9 @@ private:
     struct Listed {
         const Completer* completer;
         bool isAsked = false;
-        bool areFreeOffered = false;
-        std::vector<Text> freeWords;   // that are no tag and no choice, and so all alike
-        std::vector<Text> otherWords;  // that are
+        bool areFreeOffered = false;   // those that are no tag and no choice, and so all alike
+        std::vector<Text> words;       // in their order
+        std::vector<Text> knownWords;  // those of them that are a tag or a choice
     };
 
     Listed* listedOf(const Form& form, Slot slot) noexcept {
@@ -196,11 +199,9 @@ private:
         listed.isAsked = true;
         for (const Text& value : listed.completer->values()) {
             if (!current_.isOf(value)) continue;
-            if (grammar_.vocabulary.find(value) != Vocabulary::unknown) {
-                listed.otherWords.push_back(value);
-            } else if (!std::string_view(value).starts_with('-')) {
-                listed.freeWords.push_back(value);
-            }
+            const bool isKnown = grammar_.vocabulary.find(value) != Vocabulary::unknown;
+            if (isKnown) listed.knownWords.push_back(value);
+            if (isKnown || !std::string_view(value).starts_with('-')) listed.words.push_back(value);
         }
     }
 
