@@ -77,7 +77,8 @@ TEST(Explain, AsksAKindForEachValueOnceAndOnlyWhenOneDeclarationFits) {
     EXPECT_EQ(explain(tool, {"list", "-j", "good"}).outcome, Outcome::runs);
     EXPECT_EQ(questions, 1);
     const Explanation rejected = explain(tool, {"list", "-j", "bad"});
-    EXPECT_EQ(rejected.attempts.front().rejected, (std::vector<RejectedValue>{{"-j", "not good"}}));
+    EXPECT_EQ(rejected.attempts.front().rejected,
+              (std::vector<RejectedValue>{{"-j", "bad", "not good"}}));
     EXPECT_EQ(questions, 2);
     EXPECT_EQ(explain(tool, {"-j", "good"}).outcome, Outcome::nothingFits);
     EXPECT_EQ(questions, 2);
@@ -116,7 +117,7 @@ TEST(Attempt, IsEqualWhereAllItsFieldsAre) {
                                  {.valueMissing = "-n"},
                                  {.missing = {"-n"}},
                                  {.repeated = {"-n"}},
-                                 {.rejected = {{"-n", "x"}}},
+                                 {.rejected = {{"-n", "x", "not x"}}},
                                  {.near = {"-n"}}};
     for (const Attempt& each : different) {
         EXPECT_NE(each, Attempt());
@@ -132,10 +133,11 @@ TEST(Explanation, OwnsItsTexts) {
         const Tool tool{.commandLines = {{false, {list, number}, {}, "h", false, nothing}}};
         explanation = explain(tool, {"list", tag, std::string("a value that is no number at all")});
     }
-    EXPECT_EQ(explanation.attempts.front().rejected,
-              (std::vector<RejectedValue>{
-                  {"--a-tag-that-is-too-long-for-the-string-itself",
-                   "a value that is no number at all is not a number from 1 to 10"}}));
+    EXPECT_EQ(
+        explanation.attempts.front().rejected,
+        (std::vector<RejectedValue>{
+            {"--a-tag-that-is-too-long-for-the-string-itself", "a value that is no number at all",
+             "a value that is no number at all is not a number from 1 to 10"}}));
 }
 
 TEST(Words, OwnTheirTexts) {
