@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Tests of the model by facts and the curated cases, and of the comparison by planted errors."""
+"""Tests of the model by the curated cases, and of the comparison by planted errors."""
 
 import contextlib
 import io
@@ -14,100 +14,13 @@ import unittest
 import comparing
 import generated_test
 import generator
-import kinds
 import planted
-import rules
 import shrinking
 import texts
 
 HERE = pathlib.Path(__file__).resolve().parent
 sys.path.append(str(HERE.parent))
 import compare  # of the curated cases
-
-DATA = HERE.parent.parent / "Data"
-
-# Facts that the Unicode data of an older `regex` cannot know; skipped by name where they differ.
-NEWER_THAN_OUR_UNICODE = {"k\u1ad0": "U+1AD0 was assigned after Unicode 15.0"}
-
-
-def facts(file, what):
-    lines = (DATA / file).read_text(encoding="utf-8").split("\n")
-    return [fact for fact in map(json.loads, filter(None, lines)) if fact["what"] == what]
-
-
-class FactTest(unittest.TestCase):
-    """Every fact of one sort."""
-
-    def check(self, file, what, expected, answer):
-        known = facts(file, what)
-        self.assertTrue(known)
-        for fact in known:
-            with self.subTest(fact):
-                if answer(fact) != fact[expected] and fact.get("text") in NEWER_THAN_OUR_UNICODE:
-                    self.skipTest(f"{ascii(fact)}: {NEWER_THAN_OUR_UNICODE[fact['text']]}")
-                self.assertEqual(answer(fact), fact[expected])
-
-    def test_equality(self):
-        self.check("text-facts.jsonl", "equal", "equal",
-                   lambda fact: texts.equal(fact["a"], fact["b"]))
-
-    def test_characters(self):
-        self.check("text-facts.jsonl", "characters", "count",
-                   lambda fact: len(texts.characters(fact["text"])))
-
-    def test_cut(self):
-        self.check("text-facts.jsonl", "cut", "left", lambda fact: texts.without_last_characters(
-            "[ " + fact["tag"] + fact["suffix"], len(fact["suffix"])))
-
-    def test_integer(self):
-        def value(fact):
-            integer = kinds.number_value(fact["text"])
-            return None if integer == -1 and fact["value"] is None else integer
-        self.check("value-facts.jsonl", "integer", "value", value)
-
-    def test_uuid(self):
-        self.check("value-facts.jsonl", "uuid", "value", lambda fact: kinds.uuid_value(
-            fact["text"]) if kinds.is_uuid(fact["text"]) else None)
-
-    def test_rendered(self):
-        self.check("value-facts.jsonl", "rendered", "text",
-                   lambda fact: texts.rendered_list(fact["list"]))
-
-    def test_utf8(self):
-        self.check("value-facts.jsonl", "utf8", "valid",
-                   lambda fact: texts.is_utf8(texts.from_json({"hex": fact["hex"]})))
-
-    def test_remove_first_line(self):
-        self.check("value-facts.jsonl", "removeFirstLine", "value",
-                   lambda fact: rules.remove_first_line(fact["text"]))
-
-    def test_file_url(self):
-        with small_directory() as here:
-            def placed(text):
-                return text.replace("{here}", here).replace("{parent}", os.path.dirname(here))
-            known = facts("value-facts.jsonl", "fileURL")
-            self.assertTrue(known)
-            for fact in known:
-                with self.subTest(fact):
-                    path = placed(fact["path"])
-                    self.assertEqual(kinds.file_url(path), placed(fact["url"]))
-                    self.assertEqual(kinds.path_exists(path), fact["exists"])
-
-
-@contextlib.contextmanager
-def small_directory():
-    before = os.getcwd()
-    with tempfile.TemporaryDirectory(prefix="optrella") as directory:
-        os.chdir(directory)
-        try:
-            os.makedirs("dir/sub")
-            for name in ("file", "a b"):
-                pathlib.Path(name).touch()
-            os.symlink("dir", "link-dir")
-            os.symlink("nowhere", "dangling")
-            yield os.path.realpath(directory)
-        finally:
-            os.chdir(before)
 
 
 # --- the curated cases ---
