@@ -1,4 +1,5 @@
-// Parameter kinds of a tool's own: what they replace is used, the rest is the default.
+// Parameter kinds of a tool's own: what they replace is used, the rest is the default. And what a
+// ParameterProtocol does with them and with the six.
 
 #include <gtest/gtest.h>
 
@@ -14,6 +15,7 @@
 #include "HeapCalls.hpp"
 #include "Optrella/Fetch.hpp"
 #include "Optrella/Parameters.hpp"
+#include "Support/Kinds.hpp"
 
 using namespace Optrella;
 
@@ -132,36 +134,92 @@ TYPED_TEST(OwnKind, EqualsNoOtherKindOfTheSameCommon) {
     EXPECT_FALSE(ParameterProtocol(lookalike).isEqualTo(this->declared));
 }
 
-TYPED_TEST(OwnKind, HasIndependentCopiesThatAreAssignedAndSwapped) {
-    const ParameterProtocol original = this->declared;
-    ParameterProtocol copy = original;
-    copy.storeUserValue("80");
-    EXPECT_EQ(original.common().userValue, "");
-    ParameterProtocol& same = copy;
-    copy = same;
-    EXPECT_EQ(copy.common().userValue, "80");
-    ParameterProtocol flag = ParameterNone{{"-x"}, ""};
-    std::swap(copy, flag);
-    EXPECT_NE(flag.as<TypeParam>(), nullptr);
-    EXPECT_EQ(flag.common().userValue, "80");
-    copy = flag;
-    EXPECT_TRUE(copy.isEqualTo(original));
+// ---- ParameterProtocol as a value, holding each of the six kinds and each of a tool's own ----
+
+class ParameterValue : public testing::TestWithParam<ParameterProtocol> {
+protected:
+    ParameterProtocol declared = GetParam();
+    // Of another kind than all but one of the parameters, and equal to none.
+    ParameterProtocol other = ParameterUUID{{"-o"}, "other", "other"};
+};
+
+TEST_P(ParameterValue, IsEqualToItsCopyAfterStoring) {
+    ParameterProtocol given = declared;
+    given.storeUserValue("z");
+    EXPECT_TRUE(given.isEqualTo(declared));
+    EXPECT_TRUE(declared.isEqualTo(given));
+    EXPECT_TRUE(hasOptional(declared, {other, given}));
+    EXPECT_FALSE(given.isEqualTo(other));
 }
 
-TYPED_TEST(OwnKind, StaysItselfInAGrowingVector) {
+TEST_P(ParameterValue, HasIndependentCopies) {
+    ParameterProtocol copy = declared;
+    copy.storeUserValue("z");
+    copy.common().tags = {"t"};
+    EXPECT_EQ(declared.common().userValue, "");
+    EXPECT_EQ(declared.common(), GetParam().common());
+    EXPECT_EQ(copy.firstTag(), "t");
+}
+
+TEST_P(ParameterValue, IsAssignedOverAnyKind) {
+    ParameterProtocol assigned = other;
+    assigned = declared;
+    EXPECT_TRUE(assigned.isEqualTo(declared));
+    EXPECT_TRUE(assigned.isSameKindAs(declared));
+    assigned = other;
+    EXPECT_TRUE(assigned.isEqualTo(other));
+}
+
+TEST_P(ParameterValue, SurvivesSelfAssignment) {
+    ParameterProtocol& same = declared;
+    declared = same;
+    EXPECT_TRUE(declared.isEqualTo(GetParam()));
+    declared = std::move(same);
+    EXPECT_TRUE(declared.isEqualTo(GetParam()));
+}
+
+TEST_P(ParameterValue, CanBeAssignedAfterItWasMovedFrom) {
+    const ParameterProtocol taken = std::move(declared);
+    EXPECT_TRUE(taken.isEqualTo(GetParam()));
+    declared = taken;
+    EXPECT_TRUE(declared.isEqualTo(GetParam()));
+}
+
+TEST_P(ParameterValue, IsSwapped) {
+    std::swap(declared, other);
+    EXPECT_TRUE(other.isEqualTo(GetParam()));
+    EXPECT_FALSE(declared.isEqualTo(GetParam()));
+}
+
+TEST_P(ParameterValue, IsCopiedThroughConst) {
+    const ParameterProtocol constant = declared;
+    const ParameterProtocol braced{constant};
+    const ParameterProtocol moved{std::move(constant)};  // NOLINT: copies, as it must
+    EXPECT_TRUE(braced.isEqualTo(constant));
+    EXPECT_TRUE(moved.isEqualTo(constant));
+    EXPECT_EQ(constant.common(), declared.common());
+}
+
+TEST_P(ParameterValue, StaysItselfInAGrowingVector) {
     Parameters list;
-    for (int i = 0; i < 10; ++i) {
-        list.push_back(this->declared);
+    for (int i = 0; i < 20; ++i) {
+        list.push_back(i % 2 == 0 ? declared : other);
         list.back().storeUserValue(std::to_string(i));
     }
-    list.erase(list.begin());
-    Parameters moved = std::move(list);
-    list = moved;
-    ASSERT_EQ(list.size(), 9U);
+    list.erase(list.begin(), list.begin() + 2);
     for (std::size_t i = 0; i < list.size(); ++i) {
-        EXPECT_EQ(list[i].common().userValue, std::to_string(i + 1));
+        EXPECT_TRUE(list[i].isEqualTo(i % 2 == 0 ? declared : other));
+        EXPECT_EQ(list[i].common().userValue, std::to_string(i + 2));
     }
 }
+
+template <class... Kinds>
+Parameters oneOfEvery(testing::Types<Kinds...>) {
+    return {declaredKind<Kinds>()...};
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEachKind, ParameterValue, testing::ValuesIn(Tests::oneOfEachKind()));
+INSTANTIATE_TEST_SUITE_P(OfEveryMake, ParameterValue, testing::ValuesIn(oneOfEvery(EveryMake())));
 
 // ---- declaring ----
 

@@ -1,5 +1,4 @@
-// The ways in which a tool's author declares parameters of the six kinds, and what a
-// ParameterProtocol does with them.
+// The ways in which a tool's author declares parameters of the six kinds.
 
 #include <gtest/gtest.h>
 
@@ -178,20 +177,6 @@ TEST(Tags, AreWalkedSearchedAndRead) {
     EXPECT_EQ(std::vector<Text>(tags.begin(), tags.end()), (std::vector<Text>{"a", "b", "c"}));
 }
 
-TEST(Tags, AreReplacedWholeWhateverTheirNumber) {
-    ParameterNone few{{"a", "b"}, ""};
-    ParameterNone many{{"a", "b", "c", "d", "e"}, ""};
-    few.common.tags = many.common.tags;
-    EXPECT_EQ(few.common.tags, (Tags{"a", "b", "c", "d", "e"}));
-    many.common.tags = {"x"};
-    EXPECT_EQ(many.common.tags, (Tags{"x"}));
-    many.common.tags = {"x", "y", "z"};
-    EXPECT_EQ(many.common.tags, (Tags{"x", "y", "z"}));
-    many.common.tags = {};
-    EXPECT_TRUE(many.common.tags.empty());
-    EXPECT_EQ(few.common.tags.size(), 5U);
-}
-
 TEST(Tags, StandCopyMoveAndSelfAssignment) {
     for (const Tags& tags : {Tags{"a"}, Tags{"a", "b", "c"}}) {
         Tags copy = tags;
@@ -270,15 +255,6 @@ TEST(ListOptions, AreAVectorOrKeptAndGivenToSeveralLists) {
     EXPECT_EQ(wordsOf({{"-t"}, copied, "n", "h"}), aAndB);
 }
 
-TEST(ListOptions, AreAskedForTheStoredWord) {
-    ParameterList list{{"-s"}, {"a", "b"}, "n", "h"};
-    list.storeUserValue("b");
-    EXPECT_EQ(list.validate(), std::nullopt);
-    EXPECT_TRUE(list.getValue() == list.validOptions()[1]);
-    list.storeUserValue("c");
-    EXPECT_EQ(list.validate(), "Item c is not a valid option. It must be one of: a, b");
-}
-
 // ---- what else is declared and stored ----
 
 TEST(NumberParameter, TakesAnyWholeNumbersAsBounds) {
@@ -352,16 +328,6 @@ TEST(Kinds, AreAssigned) {
     EXPECT_EQ(otherList.firstTag(), "-s");
 }
 
-TEST(Kinds, AreAskedWithoutAParameterProtocol) {
-    const ParameterString sameTags{{"-f", "--flag"}, "name", "help"};
-    EXPECT_TRUE(flag.isEqualTo(flag));
-    EXPECT_FALSE(flag.isEqualTo(sameTags));
-    EXPECT_TRUE(flag == flag);
-    EXPECT_EQ(flag.validate(), std::nullopt);
-    const std::unordered_set<ParameterNone> flags{flag, flag};
-    EXPECT_EQ(flags.size(), 1U);
-}
-
 // ---- Parameters in braces ----
 
 TEST(ParametersInBraces, HoldWhatWasGiven) {
@@ -396,97 +362,7 @@ TEST(ParametersInAVector, AreAddedOneByOneAndFromRanges) {
     EXPECT_EQ(found - list.begin(), 3);
 }
 
-// ---- ParameterProtocol as a value, holding each of the six kinds ----
-
-const ParameterList choice{{"-s", "--sort"}, {"a", "b"}, "order", "help"};
-
-class ParameterValue : public testing::TestWithParam<ParameterProtocol> {
-protected:
-    ParameterProtocol declared = GetParam();
-    // Of another kind than all but one of the parameters, and equal to none.
-    ParameterProtocol other = ParameterUUID{{"-o"}, "other", "other"};
-};
-
-TEST_P(ParameterValue, IsEqualToItsCopyAfterStoring) {
-    ParameterProtocol given = declared;
-    given.storeUserValue("z");
-    EXPECT_TRUE(given.isEqualTo(declared));
-    EXPECT_TRUE(declared.isEqualTo(given));
-    EXPECT_TRUE(hasOptional(declared, {other, given}));
-    EXPECT_FALSE(given.isEqualTo(other));
-}
-
-TEST_P(ParameterValue, HasIndependentCopies) {
-    ParameterProtocol copy = declared;
-    copy.storeUserValue("z");
-    copy.common().tags = {"t"};
-    EXPECT_EQ(declared.common().userValue, "");
-    EXPECT_EQ(declared.common(), GetParam().common());
-    EXPECT_EQ(copy.firstTag(), "t");
-}
-
-TEST_P(ParameterValue, IsAssignedOverAnyKind) {
-    ParameterProtocol assigned = other;
-    assigned = declared;
-    EXPECT_TRUE(assigned.isEqualTo(declared));
-    EXPECT_TRUE(assigned.isSameKindAs(declared));
-    assigned = other;
-    EXPECT_TRUE(assigned.isEqualTo(other));
-}
-
-TEST_P(ParameterValue, SurvivesSelfAssignment) {
-    ParameterProtocol& same = declared;
-    declared = same;
-    EXPECT_TRUE(declared.isEqualTo(GetParam()));
-    declared = std::move(same);
-    EXPECT_TRUE(declared.isEqualTo(GetParam()));
-}
-
-TEST_P(ParameterValue, CanBeAssignedAfterItWasMovedFrom) {
-    const ParameterProtocol taken = std::move(declared);
-    EXPECT_TRUE(taken.isEqualTo(GetParam()));
-    declared = taken;
-    EXPECT_TRUE(declared.isEqualTo(GetParam()));
-}
-
-TEST_P(ParameterValue, IsSwapped) {
-    std::swap(declared, other);
-    EXPECT_TRUE(other.isEqualTo(GetParam()));
-    EXPECT_FALSE(declared.isEqualTo(GetParam()));
-}
-
-TEST_P(ParameterValue, IsCopiedThroughConst) {
-    const ParameterProtocol constant = declared;
-    const ParameterProtocol braced{constant};
-    const ParameterProtocol moved{std::move(constant)};  // NOLINT: copies, as it must
-    EXPECT_TRUE(braced.isEqualTo(constant));
-    EXPECT_TRUE(moved.isEqualTo(constant));
-    EXPECT_EQ(constant.common(), declared.common());
-}
-
-TEST_P(ParameterValue, StaysItselfInAGrowingVector) {
-    Parameters list;
-    for (int i = 0; i < 20; ++i) {
-        list.push_back(i % 2 == 0 ? declared : other);
-        list.back().storeUserValue(std::to_string(i));
-    }
-    list.erase(list.begin(), list.begin() + 2);
-    for (std::size_t i = 0; i < list.size(); ++i) {
-        EXPECT_TRUE(list[i].isEqualTo(i % 2 == 0 ? declared : other));
-        EXPECT_EQ(list[i].common().userValue, std::to_string(i + 2));
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(OfEachKind, ParameterValue, testing::ValuesIn(Tests::oneOfEachKind()));
-
-TEST(ParameterValue, GivesItsKindToWhoNamesIt) {
-    const ParameterProtocol held = choice;
-    ASSERT_NE(held.as<ParameterList>(), nullptr);
-    EXPECT_EQ(held.as<ParameterList>()->validOptions().size(), 2U);
-    EXPECT_EQ(held.as<ParameterNone>(), nullptr);
-}
-
-TEST(ParameterValue, IsChosenByACondition) {
+TEST(DeclaredParameter, IsChosenByACondition) {
     const bool first = heapCalls() < 0;
     const ParameterProtocol chosen = first ? ParameterProtocol(flag) : name;
     const Parameters list = first ? Parameters{flag} : Parameters{};

@@ -32,40 +32,13 @@ TEST(Escapes, NameOtherControlCharactersByTheirNumber) {
     EXPECT_EQ(escaped("\x08"), R"(\u{08})");
     EXPECT_EQ(escaped("\x1B[31m"), R"(\u{1B}[31m)");
     EXPECT_EQ(escaped("\x7F"), R"(\u{7F})");
-    EXPECT_EQ(escaped("\u0080"), R"(\u{80})");
     EXPECT_EQ(escaped("\u0085"), R"(\u{85})");
-    EXPECT_EQ(escaped("\u009B"), R"(\u{9B})");
 }
 
-TEST(Escapes, NameLineAndParagraphSeparators) {
-    EXPECT_EQ(escaped("a\u2028b\u2029c"), R"(a\u{2028}b\u{2029}c)");
-}
-
-TEST(Escapes, NameBidirectionalControls) {
-    EXPECT_EQ(escaped("\u061C"), R"(\u{61C})");
-    EXPECT_EQ(escaped("\u200E\u200F"), R"(\u{200E}\u{200F})");
-    EXPECT_EQ(escaped("\u202A\u202B\u202C\u202D\u202E"),
-              R"(\u{202A}\u{202B}\u{202C}\u{202D}\u{202E})");
-    EXPECT_EQ(escaped("\u2066\u2067\u2068\u2069"), R"(\u{2066}\u{2067}\u{2068}\u{2069})");
-}
-
-TEST(Escapes, NameWhatShowsNothing) {
+TEST(Escapes, NameWhatShowsNothingAndNoncharactersByTheirNumber) {
     EXPECT_EQ(escaped("list\u200B"), R"(list\u{200B})");
-    EXPECT_EQ(escaped("list\u200D"), R"(list\u{200D})");
-    EXPECT_EQ(escaped("list\u034F"), R"(list\u{34F})");
-    EXPECT_EQ(escaped("list\uFE0F"), R"(list\u{FE0F})");
-    EXPECT_EQ(escaped("list\U000E0074"), R"(list\u{E0074})");
-    EXPECT_EQ(escaped("\u00AD\u115F\u3164\uFEFF"), R"(\u{AD}\u{115F}\u{3164}\u{FEFF})");
-}
-
-TEST(Escapes, NameWhatIsReservedForMoreThatShowsNothing) {
-    EXPECT_EQ(escaped("\u2065\uFFF0\uFFF8"), R"(\u{2065}\u{FFF0}\u{FFF8})");
-    EXPECT_EQ(escaped("\U000E0000\U000E01F0\U000E0FFF"), R"(\u{E0000}\u{E01F0}\u{E0FFF})");
-}
-
-TEST(Escapes, NameNoncharacters) {
-    EXPECT_EQ(escaped("\uFDD0\uFDEF\uFFFE\uFFFF"), R"(\u{FDD0}\u{FDEF}\u{FFFE}\u{FFFF})");
-    EXPECT_EQ(escaped("\U0001FFFE\U0010FFFF"), R"(\u{1FFFE}\u{10FFFF})");
+    EXPECT_EQ(escaped("\u034Fa\u2028b"), R"(\u{34F}a\u{2028}b)");
+    EXPECT_EQ(escaped("\U000E0074\U0010FFFF"), R"(\u{E0074}\u{10FFFF})");
 }
 
 TEST(Escapes, LeaveEveryOtherCharacterAsItIs) {
@@ -83,11 +56,6 @@ TEST(Escapes, LeaveEveryOtherCharacterAsItIs) {
                   isControl || isSeparator || isNoncharacter || isIgnorable)
             << std::hex << c;
     }
-}
-
-TEST(Escapes, LeaveVisiblePrivateAndUnassignedCharactersInALongerText) {
-    const std::string text = "a\u00A0b\u0600c\u06DDd\uE000e\u0378f\U0010FFFDg\uFFFDh\u3000i";
-    EXPECT_EQ(escaped(text), text);
 }
 
 TEST(Escapes, LeaveJoinersAndSelectorsWithinEmoji) {
@@ -123,16 +91,10 @@ TEST(Escapes, NameJoinersAndSelectorsWithoutAnEffect) {
 }
 
 TEST(Escapes, NameEachByteThatIsNotPartOfUTF8) {
-    EXPECT_EQ(escaped("\xFF"), R"(\x{FF})");
-    EXPECT_EQ(escaped("\x80"), R"(\x{80})");
     EXPECT_EQ(escaped("a\xC3"), R"(a\x{C3})");
     EXPECT_EQ(escaped("\xC3z"), R"(\x{C3}z)");
-    EXPECT_EQ(escaped("\xE2\x82"), R"(\x{E2}\x{82})");
     EXPECT_EQ(escaped("\xE2\x82\u20AC"), "\\x{E2}\\x{82}\u20AC");
     EXPECT_EQ(escaped("\xF0\x9F\x98\""), R"(\x{F0}\x{9F}\x{98}\")");
-    EXPECT_EQ(escaped("\xED\xA0\x80"), R"(\x{ED}\x{A0}\x{80})");
-    EXPECT_EQ(escaped("\xC0\x80"), R"(\x{C0}\x{80})");
-    EXPECT_EQ(escaped("\xF4\x90\x80\x80"), R"(\x{F4}\x{90}\x{80}\x{80})");
 }
 
 TEST(Escapes, TellEveryBrokenSequenceByteByByte) {

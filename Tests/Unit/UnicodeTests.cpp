@@ -30,10 +30,6 @@ std::string withoutLast(std::size_t count, std::string bytes) {
     return bytes;
 }
 
-const std::string family = "\U0001F468\u200D\U0001F469\u200D\U0001F467";
-const std::string germany = "\U0001F1E9\U0001F1EA";
-const std::string france = "\U0001F1EB\U0001F1F7";
-
 }  // namespace
 
 // ---- What bytes are ----
@@ -75,19 +71,6 @@ TEST(UTF8, IsNoBrokenSequenceWhereverItStands) {
 
 // ---- Characters ----
 
-TEST(Characters, AreThoseThatAUserSees) {
-    EXPECT_EQ(countCharacters(""), 0U);
-    EXPECT_EQ(countCharacters("abc"), 3U);
-    EXPECT_EQ(countCharacters("e\u0301\u0323"), 1U);
-    EXPECT_EQ(countCharacters("\u1100\u1161\u11A8"), 1U);
-    EXPECT_EQ(countCharacters(family), 1U);
-    EXPECT_EQ(countCharacters(germany + france), 2U);
-    EXPECT_EQ(countCharacters(germany + "\U0001F1EB"), 2U);
-    EXPECT_EQ(countCharacters("\r\n"), 1U);
-    EXPECT_EQ(countCharacters("\n\r"), 2U);
-    EXPECT_EQ(countCharacters(std::string_view("a\0b", 3)), 3U);
-}
-
 TEST(Characters, AreAllTheBytesOfABrokenSequence) {
     for (const std::string_view broken : brokenSequences) {
         EXPECT_EQ(countCharacters(broken), broken.size()) << escaped(broken);
@@ -107,38 +90,6 @@ TEST(DroppedCharacters, AreAllWhenThereAreFewer) {
     EXPECT_EQ(withoutLast(4, "abc"), "");
     EXPECT_EQ(withoutLast(1, ""), "");
     EXPECT_EQ(withoutLast(static_cast<std::size_t>(-1), "\u00E9\xFF\n"), "");
-}
-
-TEST(DroppedCharacters, TakeTheirMarksWithThem) {
-    EXPECT_EQ(withoutLast(1, "ae\u0301"), "a");
-    EXPECT_EQ(withoutLast(1, "a\u0301|\u0323\u0301"), "a\u0301");
-    EXPECT_EQ(withoutLast(1, "\u0301"), "");
-    EXPECT_EQ(withoutLast(1, "\n\u0301"), "\n");
-}
-
-TEST(DroppedCharacters, TakeAPrependedOneWithThem) {
-    EXPECT_EQ(withoutLast(1, "[ tag\u0600|"), "[ tag");
-    EXPECT_EQ(withoutLast(2, "[ tag\u0600, "), "[ tag");
-    EXPECT_EQ(withoutLast(1, "\u0600\n"), "\u0600");
-}
-
-TEST(DroppedCharacters, CountCarriageReturnAndLineFeedAsOne) {
-    EXPECT_EQ(withoutLast(1, "a\r\n"), "a");
-    EXPECT_EQ(withoutLast(1, "\r\n"), "");
-    EXPECT_EQ(withoutLast(1, "a\n\r"), "a\n");
-    EXPECT_EQ(withoutLast(1, "a\n\n"), "a\n");
-    EXPECT_EQ(withoutLast(1, "a\r\r"), "a\r");
-    EXPECT_EQ(withoutLast(1, "a\r\r\n"), "a\r");
-    EXPECT_EQ(withoutLast(1, "\r\na"), "\r\n");
-}
-
-TEST(DroppedCharacters, AreWholeEmojiAndFlags) {
-    EXPECT_EQ(withoutLast(1, "a" + family), "a");
-    EXPECT_EQ(withoutLast(1, family + family), family);
-    EXPECT_EQ(withoutLast(1, germany + france), germany);
-    EXPECT_EQ(withoutLast(1, germany + "\U0001F1EB"), germany);
-    EXPECT_EQ(withoutLast(1, "\n" + germany + "\U0001F1EB"), "\n" + germany);
-    EXPECT_EQ(withoutLast(1, "\u1100\u1161\uAC01\u11A8"), "\u1100\u1161");
 }
 
 TEST(DroppedCharacters, AreSingleBytesWhereTheyAreNotUTF8) {
