@@ -365,15 +365,6 @@ TEST(FetchedValues, AreComparedReplacedAndConverted) {
     }
 }
 
-TEST(FetchedValues, OfAListAreComparedWithItsOptions) {
-    ParameterList givenSort = sort;
-    givenSort.storeUserValue("date");
-    const Parameters given{givenSort};
-    EXPECT_EQ(fetchListOption(sort, given).firstTag(), "date");
-    EXPECT_TRUE(fetchListOption(sort, given) == sort.validOptions()[1]);
-    EXPECT_TRUE(fetchOptionalListOption(sort, given) == sort.validOptions()[1]);
-}
-
 TEST(FetchedValues, AreAskedForByADeclarationMadeAgain) {
     ParameterString givenName = name;
     givenName.storeUserValue("x");
@@ -432,55 +423,12 @@ TEST(ParsingError, IsNamedShortAndComparedAndCast) {
     EXPECT_EQ(chosen, NoCommandLine);
 }
 
-TEST(ParsingError, HasATextAndIsMadeFromIt) {
-    EXPECT_EQ(rawValue(parsingError::NoMatchingLine), "Unknown command line");
-    EXPECT_EQ(fromRawValue<parsingError>("Unknown command line"), parsingError::NoMatchingLine);
-    EXPECT_EQ(fromRawValue<parsingError>(std::string("Parse successful")), parsingError::NoError);
-    EXPECT_EQ(fromRawValue<parsingError>("NoError"), std::nullopt);
-}
-
 TEST(ParsingError, IsAKeyAndHashesAsItsText) {
     std::unordered_map<parsingError, int> counts;
     ++counts[parsingError::NoError];
     EXPECT_EQ(counts.at(parsingError::NoError), 1);
     EXPECT_EQ(std::hash<parsingError>()(parsingError::NoError),
               std::hash<Text>()("Parse successful"));
-}
-
-TEST(ExitStatus, IsOneSlotReachedByReference) {
-    CommandLineExitStatus& status = CommandLineExitStatus::shared();
-    EXPECT_EQ(status.exitStatus, -100);
-    status.exitStatus = EXIT_FAILURE;
-    EXPECT_EQ(CommandLineExitStatus::shared().exitStatus, EXIT_FAILURE);
-    status.exitStatus = -100;
-}
-
-// ---- a tool's own kind on its whole way ----
-
-struct Port {
-    commonDetails common;
-
-    [[nodiscard]] std::optional<Text> validate() const {
-        if (common.userValue == "80") return std::nullopt;
-        return common.userValue.str() + " is no port";
-    }
-};
-
-TEST(OwnKindInParse, IsMatchedValidatedAndHandedToTheAction) {
-    const Port port{{.tagHelp = "Listen there", .tags = {"-p", "--port"}, .parameterName = "port"}};
-    Text seen;
-    const CommandLinePossibility commandLines[] = {
-        {false, {port}, {}, "Serve.", false, [&](const Parameters& given) {
-             for (const ParameterProtocol& each : given) {
-                 if (each.isEqualTo(port)) seen = each.as<Port>()->common.userValue;
-             }
-         }}};
-    EXPECT_EQ(parse(commandLines, {"tool", "--port", "80"}), parsingError::NoError);
-    EXPECT_EQ(seen, "80");
-    const std::string printed = Tests::printed([&] {
-        EXPECT_EQ(parse(commandLines, {"tool", "-p", "x"}), parsingError::NoMatchingLine);
-    });
-    EXPECT_EQ(printed, "Validation of parameter -p failed : x is no port\n");
 }
 
 }  // namespace
