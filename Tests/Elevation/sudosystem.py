@@ -26,7 +26,6 @@ from pseudoterminal import PATIENCE  # noqa: E402
 
 IS_ROOT = sys.argv[1:2] == ["--root"]
 SUDO = "/usr/bin/sudo"
-ETC = namespaces.DIRECTORY + "/etc"
 TOOLS = namespaces.DIRECTORY + "/tools"
 PROBE, FAKE_SUDO, SETPRIV = (f"{TOOLS}/{name}" for name in ("probe", "sudo", "setpriv"))
 DIRECTORY = namespaces.DIRECTORY + "/elevation"
@@ -60,13 +59,8 @@ RIGHT = b"right pass 7d0f3a91c2"
 
 def prepare(*names):
     """The script's last arguments are programs, which get these names among the tools."""
-    namespaces.keep("/etc")
-    os.environ["MACHINES_FILES"] = namespaces.state_of_kept(*MACHINES_FILES)
     os.environ["MACHINES_SUDO"] = str(os.path.exists(SUDO))
-    os.mkdir(ETC)
-    if os.path.exists("/etc/ld.so.cache"):
-        shutil.copy("/etc/ld.so.cache", ETC)
-    namespaces.mount("--bind", ETC, "/etc")
+    namespaces.own_etc(*MACHINES_FILES)
     namespaces.own_devices(has_terminals=True)
     os.mkdir(DIRECTORY)
     os.mkdir(TOOLS)
@@ -285,9 +279,7 @@ class SystemTest(unittest.TestCase):
 
 
 def expect_untouched():
-    """The machine's own files, under those of the tests."""
-    if os.environ["MACHINES_FILES"] != namespaces.state_of_kept(*MACHINES_FILES):
-        raise AssertionError("the machine's own accounts, services or rules were touched")
+    namespaces.expect_untouched(*MACHINES_FILES)
 
 
 def needed_for_real_sudo():

@@ -3,9 +3,7 @@
 In namespaces of its own, where /etc holds nothing but a user database of these tests.
 """
 
-import hashlib
 import os
-import shutil
 import signal
 import subprocess
 import sys
@@ -13,7 +11,6 @@ import unittest
 
 import namespaces
 
-ETC = namespaces.DIRECTORY + "/etc"
 USER = namespaces.USER
 MACHINES_FILES = ("passwd", "shadow", "group", "gshadow", "nsswitch.conf")
 IS_ROOT = False
@@ -25,27 +22,7 @@ GROUPS = ["root:x:0:", f"tadmin:x:{USER}:", "optadmin:x:80:"]
 
 
 def prepare():
-    namespaces.keep("/etc")
-    os.environ["MACHINES_FILES"] = machines_files()
-    os.mkdir(ETC)
-    if os.path.exists("/etc/ld.so.cache"):
-        shutil.copy("/etc/ld.so.cache", ETC)
-    namespaces.mount("--bind", ETC, "/etc")
-
-
-def machines_files():
-    """What identifies the content of the machine's own files; of those that may not be read, what
-    the file system says of them."""
-    found = []
-    for name in MACHINES_FILES:
-        try:
-            status = os.stat(name, dir_fd=namespaces.kept())
-            found += [name, status.st_ino, status.st_size, status.st_mtime_ns, status.st_ctime_ns]
-            with open(os.open(name, os.O_RDONLY, dir_fd=namespaces.kept()), "rb") as file:
-                found.append(hashlib.sha256(file.read()).hexdigest())
-        except (FileNotFoundError, PermissionError) as error:
-            found.append(error.strerror)
-    return " ".join(map(str, found))
+    namespaces.own_etc(*MACHINES_FILES)
 
 
 def needs_root(test):
@@ -233,8 +210,7 @@ class Membership(unittest.TestCase):
 
 
 def tearDownModule():
-    if os.environ["MACHINES_FILES"] != machines_files():
-        raise AssertionError("the machine's own user database was touched")
+    namespaces.expect_untouched(*MACHINES_FILES)
 
 
 def main(is_root, arguments):

@@ -121,6 +121,23 @@ def kept():
     return int(os.environ["KEPT_DIRECTORY"])
 
 
+def own_etc(*names):
+    """Covers /etc, where nothing is left then; what these files of the machine's own are, is kept."""
+    keep("/etc")
+    os.environ["MACHINES_FILES"] = state_of_kept(*names)
+    etc = DIRECTORY + "/etc"
+    os.mkdir(etc)
+    if os.path.exists("/etc/ld.so.cache"):
+        shutil.copy("/etc/ld.so.cache", etc)
+    mount("--bind", etc, "/etc")
+
+
+def expect_untouched(*names):
+    """The machine's own files, under those of the tests."""
+    if os.environ["MACHINES_FILES"] != state_of_kept(*names):
+        raise AssertionError("the machine's own files in /etc were touched")
+
+
 def own_devices(has_terminals=False):
     """Covers /dev: there is no log but that of the tests, and no terminals but their own, if any."""
     device = DIRECTORY + "/dev"
