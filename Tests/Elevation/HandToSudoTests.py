@@ -514,13 +514,6 @@ class WhatIsStarted(sudosystem.SystemTest):
         self.expect_refusal(refusal(b"/usr/bin/sudo cannot be started: Invalid argument"),
                             *steps("say a", "write"), environment={"BEFORE": "nul"})
 
-    def test_gets_every_argument_unchanged(self):
-        texts = [b"", b" ", b"'", b'"', b"\\", b"$HOME `id`;*", b"line\nfeed", b"\xff\xfe", b"-n",
-                 b"A=B"]
-        command = [word.encode() for word in steps("arguments", "write")]
-        command += [part for text in texts for part in (b"-t", text)]
-        self.expect_output(told(command), *command)
-
     def test_gets_directory_mask_and_streams_and_no_other_descriptor(self):
         ends = os.pipe()
         for end in ends:

@@ -188,13 +188,6 @@ TEST_F(Files, CurrentDirectoryMayBeTheRoot) {
     EXPECT_EQ(currentDirectory(), "/");
 }
 
-TEST_F(Files, CurrentDirectoryMayHaveALongPath) {
-    const std::string path = directory + descend(5, 100);
-    EXPECT_GT(path.size(), 500u);
-    EXPECT_EQ(currentDirectory(), path);
-    ascend(5, 100);
-}
-
 TEST_F(Files, CurrentDirectoryIsWholeAtEveryLength) {
     // Past the lengths of a buffer that grows.
     for (std::size_t length = 200; length < 255; ++length) {

@@ -150,12 +150,6 @@ TEST(LinuxWorker, IsNoRealTimeThreadOfARealTimeCaller) {
     EXPECT_EQ(code, 0);
 }
 
-TEST(LinuxWorker, KeepsTheSchedulingPolicyOfTheCaller) {
-    int policy = -1;
-    EXPECT_TRUE(runOnWorker([&] { policy = ::sched_getscheduler(0); }));
-    EXPECT_EQ(policy, ::sched_getscheduler(0));
-}
-
 TEST(LinuxWorker, KeepsASchedulingPolicyThatTheCallerChose) {
     EXPECT_EQ(Tests::exitCodeOf([] {
                   const sched_param priority{};

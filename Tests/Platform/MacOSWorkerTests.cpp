@@ -112,11 +112,6 @@ TEST(MacOSWorker, ReleasesACallerWhoIsAboutToWait) {
     }
 }
 
-TEST(MacOSWorker, ReleasesACallerWhoWaits) {
-    const TimeLimit limit;
-    EXPECT_TRUE(runOnWorker([] { std::this_thread::sleep_for(20ms); }));
-}
-
 TEST(MacOSWorker, IsNotLeftBecauseTheWorkStopsTheLoop) {
     const TimeLimit limit;
     const CFRunLoopRef loop = CFRunLoopGetCurrent();

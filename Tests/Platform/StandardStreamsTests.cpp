@@ -98,26 +98,6 @@ TEST(ErrorMessage, IsOneWriteAndItsLineEndAnother) {
     expectWrites("The disk is full.", {"The disk is full.", "\n"});
 }
 
-TEST(ErrorMessage, IsALineEndAloneWhenEmpty) { expectWrites("", {"\n"}); }
-
-TEST(ErrorMessage, GetsASecondLineEnd) { expectWrites("Done.\n", {"Done.\n", "\n"}); }
-
-TEST(ErrorMessage, KeepsItsLinesInOneWrite) { expectWrites("a\nb\r\n\n", {"a\nb\r\n\n", "\n"}); }
-
-TEST(ErrorMessage, KeepsItsUtf8) {
-    // As it was spelled: neither composed nor decomposed.
-    expectWrites("\u00e9 e\u0301 \U0001f600", {"\u00e9 e\u0301 \U0001f600", "\n"});
-}
-
-TEST(ErrorMessage, KeepsBytesThatAreNotUtf8) {
-    expectWrites("a\xff\xc3(\x80", {"a\xff\xc3(\x80", "\n"});
-}
-
-TEST(ErrorMessage, IsNotCutAtANul) {
-    using namespace std::string_literals;
-    expectWrites(Text("a\0b\0"s), {"a\0b\0"s, "\n"});
-}
-
 TEST(ErrorMessage, OfManyBytesIsStillOneWrite) {
     const std::string message(100000, 'x');
     expectWrites(Text(message), {message, "\n"});

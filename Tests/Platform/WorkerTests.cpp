@@ -12,7 +12,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <iterator>
 #include <numeric>
 #include <stdexcept>
@@ -51,12 +50,6 @@ TEST(Worker, RunsTheWorkOnAnotherThread) {
     EXPECT_FALSE(isCaller);
 }
 
-TEST(Worker, RunsTheWorkOnce) {
-    int calls = 0;
-    EXPECT_TRUE(runOnWorker([&] { ++calls; }));
-    EXPECT_EQ(calls, 1);
-}
-
 // ---- The wait ----
 
 TEST(Worker, ReturnsOnlyWhenTheWorkHasEnded) {
@@ -74,45 +67,6 @@ TEST(Worker, LeavesWhatTheWorkWroteToBeRead) {
     std::vector<int> expected(100000);
     std::iota(expected.begin(), expected.end(), 0);
     EXPECT_EQ(numbers, expected);
-}
-
-// Not deeper: a queue may take a second to find out that all its threads wait.
-TEST(Worker, WorksWithinWork) {
-    const TimeLimit limit;
-    std::vector<int> depths;
-    const std::function<bool(int)> descend = [&](int depth) {
-        return depth > 4 || runOnWorker([&, depth] {
-                   depths.push_back(depth);
-                   EXPECT_TRUE(descend(depth + 1));
-                   depths.push_back(-depth);
-               });
-    };
-    EXPECT_TRUE(descend(1));
-    EXPECT_EQ(depths, (std::vector<int>{1, 2, 3, 4, -4, -3, -2, -1}));
-}
-
-TEST(Worker, HandsOverTwentyThousandTimes) {
-    const TimeLimit limit;
-    int runs = 0;
-    for (int i = 0; i < 20'000; ++i) {
-        ASSERT_TRUE(runOnWorker([&] { ++runs; })) << i;
-        ASSERT_EQ(runs, i + 1);
-    }
-}
-
-TEST(Worker, WorksOnEightThreadsAtOnce) {
-    const TimeLimit limit;
-    std::vector<int> runs(8);
-    std::vector<std::thread> callers;
-    for (int& count : runs) {
-        callers.emplace_back([&count] {
-            for (int i = 0; i < 500; ++i) {
-                if (!runOnWorker([&count] { ++count; })) return;
-            }
-        });
-    }
-    for (std::thread& caller : callers) caller.join();
-    EXPECT_EQ(runs, std::vector<int>(8, 500));
 }
 
 std::atomic<int> interruptions{0};

@@ -102,9 +102,6 @@ class Line(TerminalTest):
     def test_keeps_bytes_that_are_not_utf8(self):
         self.expect_read(b"\xff\xfe\x80a\n", text(b"\xff\xfe\x80a"))
 
-    def test_keeps_its_utf8(self):
-        self.expect_read("p\u00e4ss\n".encode(), text("p\u00e4ss".encode()))
-
     def test_ends_at_a_nul_byte_also_when_it_was_pushed_in_pieces(self):
         program = self.run_probe("read")
         program.answer(b"ab\0cd" + END_OF_INPUT)
