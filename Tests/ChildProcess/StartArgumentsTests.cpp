@@ -1,8 +1,6 @@
 #include "Optrella/Platform/StartArguments.hpp"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <string>
@@ -33,30 +31,9 @@ struct Told {
 
 // What the probe writes when it is started with these arguments, the first of which is its name.
 Told told(const Arguments& arguments, const char* wish = "") {
-    int ends[2];
-    EXPECT_EQ(::pipe(ends), 0);
-    const pid_t child = Tests::started([&] {
-        ::dup2(ends[1], STDOUT_FILENO);
-        ::close(ends[0]);
-        ::setenv("OPTRELLA_TEST", wish, 1);
-        std::vector<char*> words;
-        for (const std::string& each : arguments) {
-            words.push_back(const_cast<char*>(each.c_str()));
-        }
-        words.push_back(nullptr);
-        ::execv(probe.c_str(), words.data());
-        return 99;
-    });
-    ::close(ends[1]);
-    std::string output;
-    char buffer[4096];
-    for (ssize_t size = 1; size > 0;) {
-        size = ::read(ends[0], buffer, sizeof buffer);
-        if (size > 0) output.append(buffer, static_cast<std::size_t>(size));
-    }
-    ::close(ends[0]);
-    const int status = Tests::waited(child);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), split(output)};
+    const Tests::Told answer =
+        Tests::toldBy(probe, arguments, [&] { ::setenv("OPTRELLA_TEST", wish, 1); });
+    return {answer.exitCode, split(answer.output)};
 }
 
 void expectTold(const Arguments& arguments, const char* wish = "") {

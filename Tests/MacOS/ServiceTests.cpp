@@ -33,6 +33,24 @@ using Tests::services;
 using Tests::ServiceTest;
 using Calls = std::vector<std::string>;
 
+// Where this call fails the answer is no, without a word and a leak, and it was the last that was
+// asked.
+template <class Ask>
+void expectNoOnFailureOf(const std::string& call, Ask ask) {
+    SCOPED_TRACE(call);
+    services().calls.clear();
+    services().failing = call;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const bool answer = ask();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_FALSE(answer);
+    EXPECT_EQ(Tests::unbalancedObjects(), 0);
+    EXPECT_TRUE(services().calls.back().starts_with(call.substr(0, call.find(' '))))
+        << services().calls.back();
+}
+
 // ---- The user ----
 
 // The name of the user that a process with these ids has.
@@ -145,18 +163,7 @@ TEST_F(Membership, IsNoneOnEveryFailure) {
                                 "CSIdentityQueryCopyResults 1", "CSIdentityGetPosixName",
                                 "CSIdentityQueryCreateForPosixID", "CSIdentityQueryExecute 2",
                                 "CSIdentityQueryCopyResults 2", "CSIdentityIsMemberOfGroup"}) {
-        services().calls.clear();
-        services().failing = failing;
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        const bool answer = isMember("anna", 80);
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << failing;
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << failing;
-        EXPECT_FALSE(answer) << failing;
-        EXPECT_EQ(Tests::unbalancedObjects(), 0) << failing;
-        // It was the last that was asked.
-        const std::string name = std::string(failing).substr(0, std::string(failing).find(' '));
-        EXPECT_TRUE(services().calls.back().starts_with(name)) << services().calls.back();
+        expectNoOnFailureOf(failing, [] { return isMember("anna", 80); });
     }
 }
 
@@ -222,16 +229,7 @@ TEST_F(VerifyPassword, RefusesWhatIsNoText) {
 TEST_F(VerifyPassword, RefusesOnEveryFailure) {
     for (const char* failing : {"ODSessionCreate", "ODNodeCreateWithNodeType", "ODNodeCopyRecord",
                                 "ODRecordVerifyPassword"}) {
-        services().calls.clear();
-        services().failing = failing;
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        const bool answer = verify("anna", "right pass");
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << failing;
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << failing;
-        EXPECT_FALSE(answer) << failing;
-        EXPECT_EQ(Tests::unbalancedObjects(), 0) << failing;
-        EXPECT_TRUE(services().calls.back().starts_with(failing)) << services().calls.back();
+        expectNoOnFailureOf(failing, [] { return verify("anna", "right pass"); });
     }
 }
 

@@ -11,7 +11,9 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace Tests {
 
@@ -54,6 +56,41 @@ template <class Code>
 int exitCodeOf(Code code) {
     const int status = statusOf(code);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+// What a program writes to its standard output, and its exit code; minus the signal when one killed
+// it.
+struct Told {
+    int exitCode;
+    std::string output;
+};
+
+// Starts the program with these words, the first of which is its name, after the preparation.
+template <class Preparation>
+Told toldBy(const std::string& program, const std::vector<std::string>& words,
+            Preparation prepare) {
+    int ends[2];
+    if (::pipe(ends) != 0) return {-1, "no pipe"};
+    const pid_t child = started([&] {
+        ::dup2(ends[1], STDOUT_FILENO);
+        ::close(ends[0]);
+        ::close(ends[1]);
+        prepare();
+        std::vector<char*> pointers;
+        for (const std::string& word : words) pointers.push_back(const_cast<char*>(word.c_str()));
+        pointers.push_back(nullptr);
+        ::execv(program.c_str(), pointers.data());
+        return 99;
+    });
+    ::close(ends[1]);
+    std::string output;
+    char buffer[4096];
+    for (ssize_t size = 0; (size = ::read(ends[0], buffer, sizeof buffer)) > 0;) {
+        output.append(buffer, static_cast<std::size_t>(size));
+    }
+    ::close(ends[0]);
+    const int status = waited(child);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), output};
 }
 
 // Gives up root's rights for good, where the process has them. Returns false when it cannot.

@@ -1,7 +1,6 @@
 // The file of the program that runs, and another program in its place, on the real system.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -42,28 +41,9 @@ protected:
                             const std::string& name = "tool") {
         Words words{name};
         words.insert(words.end(), wishes.begin(), wishes.end());
-        int ends[2];
-        EXPECT_EQ(::pipe(ends), 0);
-        const pid_t child = Tests::started([&] {
-            ::dup2(ends[1], STDOUT_FILENO);
-            ::close(ends[0]);
-            ::close(ends[1]);
-            std::vector<char*> pointers;
-            for (std::string& word : words) pointers.push_back(word.data());
-            pointers.push_back(nullptr);
-            ::execv(path.c_str(), pointers.data());
-            return 98;
-        });
-        ::close(ends[1]);
-        std::string output;
-        char buffer[4096];
-        for (ssize_t size = 0; (size = ::read(ends[0], buffer, sizeof buffer)) > 0;) {
-            output.append(buffer, static_cast<std::size_t>(size));
-        }
-        ::close(ends[0]);
-        const int status = Tests::waited(child);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-        return output;
+        const Tests::Told answer = Tests::toldBy(path, words, [] {});
+        EXPECT_EQ(answer.exitCode, 0);
+        return answer.output;
     }
 
     Tests::TemporaryDirectory directory_;
