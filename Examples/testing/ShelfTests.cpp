@@ -3,9 +3,12 @@
 
 #include "Shelf.hpp"
 
+#include <Optrella/Lint.hpp>
 #include <cstdio>
 
 using Optrella::parsingError;
+using Optrella::Spelling;
+using Optrella::Tool;
 
 namespace {
 
@@ -29,9 +32,17 @@ Outcome typed(std::vector<std::string> arguments, std::vector<std::string> books
     return outcome;
 }
 
+void proofs() {
+    // A line that fits two declarations is refused by parse without a word.
+    Shelf shelf;
+    const Tool tool{
+        .name = "shelf", .commandLines = commandLinesOf(shelf), .spelling = Spelling::exact};
+    const Optrella::Findings findings = lint(tool);
+    for (const auto& each : findings) std::printf("%s\n", each.sentence.c_str());
+    expect(findings.empty(), "no line fits two declarations, and each declaration can be reached");
+}
+
 void declarations() {
-    // Every command line that the documentation shows fits exactly one declaration: one that fits
-    // two is refused without a word.
     const std::vector<std::string> shown[] = {{"add", "Emma"}, {"remove", "Emma"},
                                               {"list"},        {"remove", "Emma", "--last"},
                                               {"list", "-s"},  {"list", "--sorted"}};
@@ -67,6 +78,7 @@ void actions() {
 }  // namespace
 
 int main() {
+    proofs();
     declarations();
     actions();
     return failures == 0 ? 0 : 1;

@@ -174,8 +174,10 @@ class Compiler:
         self.command = command  # the compiler and the flags that compile and link a tool
 
     def compile(self, source, program, *flags):
+        # What a program says of its source shows no directory.
+        nameless = f"-ffile-prefix-map={source.parent}/="
         result = subprocess.run(
-            [self.command[0], "-std=c++20", source, "-o", program, *flags, *self.command[1:]],
+            [self.command[0], "-std=c++20", nameless, source, "-o", program, *flags, *self.command[1:]],
             capture_output=True, text=True, check=False)
         if result.returncode != 0:
             raise Untrue(result.stderr)
