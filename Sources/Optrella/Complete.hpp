@@ -17,6 +17,7 @@ namespace Optrella {
 
 // What may come next.
 struct OPTRELLA_API Offer {
+    // What is offered.
     enum class OPTRELLA_API Kind : std::uint8_t {
         tag,     // of a parameter
         choice,  // one of a list's options
@@ -24,7 +25,7 @@ struct OPTRELLA_API Offer {
         path,    // a path, always without a word
     };
 
-    Kind kind = Kind::tag;
+    Kind kind = Kind::tag;       // what is offered
     std::optional<Text> word{};  // nothing: the user must think of one
     Text help = "";              // of the parameter or the choice
     Text name = "";              // of the value, as the parameter calls it; empty for a tag
@@ -32,6 +33,7 @@ struct OPTRELLA_API Offer {
     std::optional<ParameterFileURL::urlType> pathType{};
     std::optional<ParameterFileURL::existState> pathState{};
 
+    // Compares all of it.
     friend bool operator==(const Offer&, const Offer&) = default;
 };
 

@@ -33,6 +33,7 @@ struct OPTRELLA_API RejectedValue {
     Text value;      // as it was given
     Text message;    // why: what the kind's validate says, or what is declared and does not hold
 
+    // Compares all of it.
     friend bool operator==(const RejectedValue&, const RejectedValue&) = default;
 };
 
@@ -49,6 +50,7 @@ struct OPTRELLA_API Attempt {
     std::vector<RejectedValue> rejected{};  // values that do not hold
     std::vector<Text> near{};               // tags that may have been meant, nearest first
 
+    // Compares all of it.
     friend bool operator==(const Attempt&, const Attempt&) = default;
 };
 
@@ -62,11 +64,13 @@ enum class Outcome : std::uint8_t {
     valueRejected,     // one fits, and a value does not hold
 };
 
+// What explain returns.
 struct OPTRELLA_API Explanation {
-    Outcome outcome = Outcome::nothingGiven;
-    bool needsRoot = false;           // the one declaration that fits does
-    std::vector<Attempt> attempts{};  // nearest first; hidden ones only when they are meant
+    Outcome outcome = Outcome::nothingGiven;  // of all declarations together
+    bool needsRoot = false;                   // the one declaration that fits does
+    std::vector<Attempt> attempts{};          // nearest first; hidden ones only when they are meant
 
+    // Compares all of it.
     friend bool operator==(const Explanation&, const Explanation&) = default;
 };
 

@@ -32,23 +32,27 @@ enum class Rule : std::uint8_t {
     reserved,     // a tag hides one that every tool has
 };
 
+// How sure it is that something must be changed.
 enum class Severity : std::uint8_t { error, warning, note };
 
 // Return the names of the cases.
 [[nodiscard]] OPTRELLA_API Text nameOf(Rule rule) noexcept;
 [[nodiscard]] OPTRELLA_API Text nameOf(Severity severity) noexcept;
 
+// Something that is wrong, or may be.
 struct OPTRELLA_API Finding {
-    Rule rule = Rule::collision;
-    Severity severity = Severity::error;
+    Rule rule = Rule::collision;                 // what is found
+    Severity severity = Severity::error;         // as its rule says
     std::vector<std::size_t> declarations{};     // that are concerned: their indices
     std::vector<Text> parameters{};              // that are concerned: their tags
     std::optional<std::vector<Text>> witness{};  // a line that shows it, a shortest one
     Text sentence = "";                          // all of it in words; counts from 0
 
+    // Compares all of it.
     friend bool operator==(const Finding&, const Finding&) = default;
 };
 
+// None, where all is well.
 using Findings = std::vector<Finding>;
 
 // Which findings are returned.

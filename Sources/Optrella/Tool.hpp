@@ -44,6 +44,7 @@ enum class Takes : std::uint8_t {
 // A parameter whose tag may be left out. It is one in every declaration that declares it.
 class OPTRELLA_API Operand : public Internal::ValueParameter {
 public:
+    // Name the parameter, of any kind that takes a value, by its first tag.
     template <Internal::NamesCommon Kind>
     Operand(const Kind& parameter, Takes takes = Takes::one) noexcept
         : ValueParameter(parameter.common), takes_(takes) {
@@ -53,6 +54,7 @@ public:
     Operand(const ParameterProtocol& parameter, Takes takes = Takes::one) noexcept
         : ValueParameter(parameter.common()), takes_(takes) {}
 
+    // Returns how many arguments it takes.
     [[nodiscard]] Takes takes() const noexcept { return takes_; }
 
 private:
@@ -62,6 +64,7 @@ private:
 // A parameter that may be given more than once: fetchAllStrings and its like return all values.
 class OPTRELLA_API Repeated : public Internal::ValueParameter {
 public:
+    // Name the parameter, of any kind that takes a value, by its first tag.
     template <Internal::NamesCommon Kind>
     Repeated(const Kind& parameter) noexcept : ValueParameter(parameter.common) {
         static_assert(!std::is_same_v<Kind, ParameterNone>,
