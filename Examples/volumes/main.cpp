@@ -14,14 +14,14 @@ using namespace Optrella;
 
 namespace {
 
-constexpr ParameterString create{{"create"}, "NAME", "Name of the volume"};
-constexpr ParameterString grow{{"grow"}, "NAME", "Name of the volume"};
-constexpr ParameterString remove{{"remove"}, "NAME", "Name of the volume"};
+constexpr ParameterString create{{"create"}, "name", "Name of the volume"};
+constexpr ParameterString grow{{"grow"}, "name", "Name of the volume"};
+constexpr ParameterString remove{{"remove"}, "name", "Name of the volume"};
 constexpr ParameterNumber size{{"-s", "--size"}, "GB", 1, 4096, "Its size, in gigabytes"};
 constexpr ParameterNumber by{{"--by"}, "GB", 1, 4096, "How many gigabytes it gains"};
 constexpr ParameterNone list{{"list"}, ""};
 constexpr ParameterNone orders[] = {{{"name"}, ""}, {{"size"}, ""}};
-constexpr ParameterList order{{"-o", "--order"}, orders, "ORDER", "Order of the list"};
+constexpr ParameterList order{{"-o", "--order"}, orders, "order", "Order of the list"};
 constexpr ParameterNone help{{"help", "--help"}, ""};
 
 // ---- The volumes ----

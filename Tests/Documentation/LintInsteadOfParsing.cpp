@@ -1,5 +1,5 @@
-// Linked in place of the library's own parse and explain: what a program hands them is linted, with
-// the status 0, and nothing of it is run. An object's definition wins over an archive's member.
+// Linked in place of the library's own parse and explain: what a program hands them is linted, and
+// nothing of it is run. An object's definition wins over an archive's member.
 
 #include <Optrella/Explain.hpp>
 #include <Optrella/Lint.hpp>
@@ -14,7 +14,13 @@ namespace {
 [[noreturn]] void lintAndLeave(const Tool& tool) noexcept {
     std::printf("linted %zu declarations\n", tool.commandLines.size());
     for (const Finding& each : lint(tool)) {
-        std::printf("%s: %s\n", nameOf(each.rule).c_str(), each.sentence.c_str());
+        std::printf("%s", nameOf(each.rule).c_str());
+        for (const std::size_t index : each.declarations) std::printf(" %zu", index);
+        for (const Text& word : each.witness.value_or(each.parameters)) {
+            std::printf(" '%s'", word.c_str());
+        }
+        std::printf("\n");
+        std::fprintf(stderr, "%s\n", each.sentence.c_str());
     }
     std::fflush(stdout);
     std::_Exit(0);
