@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -288,6 +289,48 @@ bool isSubset(const Words& some, const Words& all) {
                        [&all](const Text& each) { return all.contains(each); });
 }
 
+// The declaration of a good line: that which it fits alone, and well.
+std::optional<std::size_t> declarationOf(const Grammar& grammar, const Line& line) {
+    std::optional<std::size_t> found;
+    for (std::size_t i = 0; i < grammar.forms.size(); ++i) {
+        const Reading reading = readingOf(grammar, i, line);
+        if (!reading.fits) continue;
+        if (found || grammar.forms[i].isHidden() || !isGood(grammar.forms[i], reading)) return {};
+        found = i;
+    }
+    return isPlainlyWritten(grammar, line) ? found : std::nullopt;
+}
+
+bool hasCompleter(const Tool& tool, const Grammar& grammar, const Form& form, Slot slot) {
+    return std::any_of(tool.completers.begin(), tool.completers.end(), [&](const Completer& each) {
+        return each.firstTag() && form.ownerOf(grammar.vocabulary.find(*each.firstTag())) == slot;
+    });
+}
+
+// Each word of a good line is offered after those before it.
+void checkOffered(const Tool& tool, const Grammar& grammar, const Line& line) {
+    const std::optional<std::size_t> declaration = declarationOf(grammar, line);
+    if (!declaration) return;
+    const Form& form = grammar.forms[*declaration];
+    Internal::Walk walk(form, grammar.spelling);
+    for (std::size_t place = 0; place < line.size(); ++place) {
+        const Internal::Argument word(line[place], grammar.vocabulary);
+        walk.read(word);
+        const std::vector<Offer> offers =
+            complete(tool, std::span(line).first(place), "", Offers::all);
+        const bool isChosen = walk.role() == Internal::Role::tags ||
+                              form.slot(walk.valued()).parameter.as<ParameterList>() != nullptr;
+        if (isChosen) {
+            law(wordsOf(offers).contains(word.text), "a tag or a choice of a good line is offered");
+        } else if (word.symbol == Internal::Vocabulary::unknown &&
+                   !hasCompleter(tool, grammar, form, walk.valued())) {
+            law(std::any_of(offers.begin(), offers.end(),
+                            [](const Offer& each) { return !each.word; }),
+                "a value of a good line is offered");
+        }
+    }
+}
+
 void checkCompleted(const Tool& tool, const Grammar& grammar, const Line& before,
                     const Text& current) {
     const std::vector<Offer> offers = complete(tool, before, "", Offers::all);
@@ -329,7 +372,29 @@ void checkWitness(const Grammar& grammar, const Finding& finding) {
     }
 }
 
-void checkLinted(const Tool& tool, const Grammar& grammar) {
+bool areFound(const Findings& findings, Rule rule, const std::vector<std::size_t>& declarations) {
+    return std::any_of(findings.begin(), findings.end(), [&](const Finding& each) {
+        return each.rule == rule && each.declarations == declarations;
+    });
+}
+
+// What the line shows, the findings say as well.
+void checkFound(const Findings& findings, const Grammar& grammar, const Line& line) {
+    if (!isPlainlyWritten(grammar, line)) return;
+    std::vector<std::size_t> fitting;
+    std::vector<std::size_t> good;
+    for (std::size_t i = 0; i < grammar.forms.size(); ++i) {
+        const Reading reading = readingOf(grammar, i, line);
+        if (reading.fits) fitting.push_back(i);
+        if (isGood(grammar.forms[i], reading)) good.push_back(i);
+    }
+    if (fitting.size() == 1) {
+        law(!areFound(findings, Rule::unreachable, fitting), "what a line fits alone is reachable");
+    }
+    if (good.size() == 2) law(areFound(findings, Rule::collision, good), "a collision is found");
+}
+
+void checkLinted(const Tool& tool, const Grammar& grammar, const Line& line) {
     const Findings all = lint(tool, Notes::included);
     for (const Finding& each : all) {
         law(!each.sentence.empty(), "a finding is said");
@@ -338,6 +403,7 @@ void checkLinted(const Tool& tool, const Grammar& grammar) {
         }
         if (each.witness) checkWitness(grammar, each);
     }
+    checkFound(all, grammar, line);
     Findings withoutNotes = all;
     std::erase_if(withoutNotes,
                   [](const Finding& each) { return each.severity == Severity::note; });
@@ -365,7 +431,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (grammar.isExact()) checkCore(tool, grammar, line);
         checkExplained(tool, grammar, line);
         checkCompleted(tool, grammar, line, current);
-        checkLinted(tool, grammar);
+        checkOffered(tool, grammar, line);
+        checkLinted(tool, grammar, line);
         sameBytes(takePrinted(), "", "nothing is printed");
     }
     return 0;
