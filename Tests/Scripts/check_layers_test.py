@@ -147,7 +147,7 @@ class LayerCheck(unittest.TestCase):
                           "is missing: Platform/System.hpp asks for it")
 
     def test_page_with_other_layers_is_caught(self):
-        self.replace("CONTRIBUTING.md", "    5  Help\n", "")
+        self.replace("CONTRIBUTING.md", "    5  Help  Tool\n", "")
         self.assert_found("CONTRIBUTING.md",
                           "does not show the layers as check_layers.py --table prints them")
 
