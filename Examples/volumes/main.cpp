@@ -100,9 +100,8 @@ void showHelp(const Parameters&) { displayHelp(commandLines); }
 int main(int argc, char* argv[]) {
     // parse reads exactly, so what it does not take is explained in that spelling.
     const Tool tool{.name = "volumes", .commandLines = commandLines, .spelling = Spelling::exact};
-    const std::vector<Text> arguments(argv + 1, argv + argc);
-    const Explanation explanation = explain(tool, arguments);
-    for (const Text& line : words(tool, arguments, explanation)) {
+    const Explanation explanation = explain(tool, argc, argv);
+    for (const Text& line : words(tool, argc, argv, explanation)) {
         std::fprintf(stderr, "%s\n", line.c_str());
     }
     if (explanation.outcome != Outcome::runs) return EX_USAGE;

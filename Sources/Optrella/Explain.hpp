@@ -85,6 +85,10 @@ struct OPTRELLA_API Explanation {
 [[nodiscard]] OPTRELLA_API std::vector<Text> words(const Tool& tool, ArgumentList arguments,
                                                    const Explanation& explanation,
                                                    std::size_t width = 80) noexcept;
+[[nodiscard]] OPTRELLA_API std::vector<Text> words(const Tool& tool, int argc,
+                                                   const char* const* argv,
+                                                   const Explanation& explanation,
+                                                   std::size_t width = 80) noexcept;
 
 }  // namespace Optrella
 

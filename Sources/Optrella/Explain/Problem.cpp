@@ -119,6 +119,7 @@ private:
         const auto& letters = argument_.letters;
         const auto unknown = std::find_if_not(letters.begin(), letters.end(), isKnown);
         if (unknown == letters.begin() || unknown == letters.end()) return std::nullopt;
+        if (walk_.isExact()) return std::nullopt;  // nothing is joined
         const std::size_t begin = (unknown - 1)->end;
         const std::string letter(argument_.bytes().substr(begin, unknown->end - begin));
         if (letter == "=") return std::nullopt;
@@ -142,6 +143,14 @@ std::string whatIsTwice(const TypedLine& line, const Attempt& attempt) noexcept 
 }
 
 // ---- A value that does not hold ----
+
+std::vector<std::string> choicesOf(const ParameterList& list) noexcept {
+    std::vector<std::string> choices;
+    for (const ParameterNone& option : list.validOptions()) {
+        if (!option.common.tags.empty()) choices.push_back(quoted(option.common.tags.front()));
+    }
+    return choices;
+}
 
 // The choice that is nearest to what was typed, if one is near.
 std::optional<Text> nearestChoice(const ParameterList& list, const Text& value) noexcept {
@@ -174,7 +183,9 @@ std::string problemOf(const TypedLine& line, const Attempt& fit,
     const std::string label = line.typedLabel(fit, rejected.parameter);
     const SlotRules* rules = line.rulesOf(fit, rejected.parameter);
     const auto* list = rules != nullptr ? rules->parameter.as<ParameterList>() : nullptr;
-    if (list != nullptr && rejected.value.empty()) return label + " needs a value";
+    if (list != nullptr && rejected.value.empty()) {
+        return label + " needs a value: " + listed(choicesOf(*list), " or ");
+    }
     std::string sentence = label + ": " + printable(rejected.message);
     if (list == nullptr) return sentence;
     if (const std::optional<Text> choice = nearestChoice(*list, rejected.value)) {

@@ -112,10 +112,11 @@ void Tries::compare(const Walk& walk, Try& result) noexcept {
     if (!attempt.unknown) return;
     attempt.near = nearTags(walk, *attempt.unknown);
     if (attempt.why != UnknownArgument::notExpected) return;
-    if (!attempt.near.empty()) {
-        attempt.why = UnknownArgument::notKnown;
-    } else if (!result.isMeant && walk.form().requiredCount() > 0) {
+    if (!result.isMeant && walk.form().requiredCount() > 0) {
+        // What is near is an option: it is not what was meant by a word.
         attempt.why = UnknownArgument::notACommand;
+    } else if (!attempt.near.empty()) {
+        attempt.why = UnknownArgument::notKnown;
     }
 }
 
