@@ -68,8 +68,7 @@ private:
 
     void lintReserved(const Text& tag) noexcept {
         if (std::find(ownOfTools.begin(), ownOfTools.end(), tag) == ownOfTools.end()) return;
-        add(Rule::reserved, Severity::note, {tag},
-            quoted(tag) + " hides the tool's own");
+        add(Rule::reserved, Severity::note, {tag}, quoted(tag) + " hides the tool's own");
     }
 
     Report& report_;
