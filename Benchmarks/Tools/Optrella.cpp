@@ -32,22 +32,7 @@ extern "C" void fetchValues(const char* word, const ParameterString& name,
 
 namespace {
 
-[[maybe_unused]] constexpr ParameterNone modes[] = {
-    {{"fast"}, ""}, {{"safe"}, ""}, {{"full"}, ""}, {{"quick"}, ""}, {{"none"}, ""}};
-
-#define COMMAND(id, word, help, nameHelp, countHelp, modeHelp, fileHelp, verboseHelp)    \
-    constexpr ParameterNone id##Word{{word}, ""};                                        \
-    constexpr ParameterString id##Name{{"-n", "--name"}, "name", nameHelp};              \
-    constexpr ParameterNumber id##Count{{"-c", "--count"}, "count", 0, 1000, countHelp}; \
-    CONSTEXPR ParameterList id##Mode{{"-m", "--mode"}, MODES, "mode", modeHelp};         \
-    constexpr ParameterFileURL id##File{{"-f", "--file"},                                \
-                                        ParameterFileURL::urlType::file,                 \
-                                        ParameterFileURL::existState::exist,             \
-                                        "file",                                          \
-                                        fileHelp};                                       \
-    constexpr ParameterNone id##Verbose{{"-v", "--verbose"}, verboseHelp};
-#include COMMANDS
-#undef COMMAND
+#include "OptrellaParameters.inc"
 
 #define COMMAND(id, word, help, ...)                                                     \
     {false,                                                                              \

@@ -12,23 +12,11 @@ using namespace Optrella;
 
 namespace {
 
-constexpr ParameterNone modes[] = {
-    {{"fast"}, ""}, {{"safe"}, ""}, {{"full"}, ""}, {{"quick"}, ""}, {{"none"}, ""}};
-constexpr ParameterString item{{"--item"}, "ITEM", "an item"};
+#define CONSTEXPR constexpr
+#define MODES modes
+#include "OptrellaParameters.inc"
 
-#define COMMAND(id, word, help, nameHelp, countHelp, modeHelp, fileHelp, verboseHelp)    \
-    constexpr ParameterNone id##Word{{word}, ""};                                        \
-    constexpr ParameterString id##Name{{"-n", "--name"}, "name", nameHelp};              \
-    constexpr ParameterNumber id##Count{{"-c", "--count"}, "count", 0, 1000, countHelp}; \
-    constexpr ParameterList id##Mode{{"-m", "--mode"}, modes, "mode", modeHelp};         \
-    constexpr ParameterFileURL id##File{{"-f", "--file"},                                \
-                                        ParameterFileURL::urlType::file,                 \
-                                        ParameterFileURL::existState::exist,             \
-                                        "file",                                          \
-                                        fileHelp};                                       \
-    constexpr ParameterNone id##Verbose{{"-v", "--verbose"}, verboseHelp};
-#include COMMANDS
-#undef COMMAND
+constexpr ParameterString item{{"--item"}, "ITEM", "an item"};
 
 #define COMMAND(id, word, help, ...)                                                               \
     {false, {id##Word, item},        {id##Name, id##Count, id##Mode, id##File, id##Verbose}, help, \

@@ -1,6 +1,7 @@
 #include "Optrella/Complete.hpp"
 
 #include <algorithm>
+#include <array>
 #include <span>
 #include <string_view>
 #include <unordered_set>
@@ -18,11 +19,7 @@ using namespace Internal;
 
 // In which order offers are made.
 enum class Rank : std::uint8_t { requiredWord, requiredTag, value, optionalTag };
-
-struct RankedOffer {
-    Rank rank;
-    Offer offer;
-};
+constexpr std::size_t ranks = 4;
 
 // The beginning of a word, as far as it is typed.
 class Beginning {
@@ -57,18 +54,16 @@ public:
           rivals_(grammar_, lexicon_, before),
           current_(current),
           isReduced_(offers == Offers::reduced && current_.empty()) {
-        for (const Completer& each : tool.completers)
-            listed_.push_back({&each, false, false, {}, {}});
+        for (const Completer& each : tool.completers) listed_.push_back({&each});
     }
 
     std::vector<Offer> offers() noexcept {
         for (const Contender& each : rivals_.candidates()) offerAfter(each);
-        std::stable_sort(
-            offers_.begin(), offers_.end(),
-            [](const RankedOffer& l, const RankedOffer& r) { return l.rank < r.rank; });
-        std::vector<Offer> offers;
-        for (RankedOffer& each : offers_) offers.push_back(std::move(each.offer));
-        return offers;
+        std::vector<Offer> all;
+        for (std::vector<Offer>& each : offers_) {
+            for (Offer& offer : each) all.push_back(std::move(offer));
+        }
+        return all;
     }
 
 private:
@@ -182,9 +177,9 @@ private:
     struct Listed {
         const Completer* completer;
         bool isAsked = false;
-        bool areFreeOffered = false;   // those that are no tag and no choice, and so all alike
-        std::vector<Text> words;       // in their order
-        std::vector<Text> knownWords;  // those of them that are a tag or a choice
+        bool areFreeOffered = false;     // those that are no tag and no choice, and so all alike
+        std::vector<Text> words{};       // in their order
+        std::vector<Text> knownWords{};  // those of them that are a tag or a choice
     };
 
     Listed* listedOf(const Form& form, Slot slot) noexcept {
@@ -216,16 +211,19 @@ private:
             offer.pathType = path->type;
             offer.pathState = path->state;
         }
-        const bool isKnown =
-            std::any_of(offers_.begin(), offers_.end(),
-                        [&offer](const RankedOffer& each) { return each.offer == offer; });
+        std::vector<Offer>& values = ofRank(Rank::value);
+        const bool isKnown = std::find(values.begin(), values.end(), offer) != values.end();
         if (isKnown) return;
         if (!rivals_.leadsOn(contender, Vocabulary::unknown, {Use::As::value, slot})) return;
-        offers_.push_back({Rank::value, std::move(offer)});
+        values.push_back(std::move(offer));
+    }
+
+    std::vector<Offer>& ofRank(Rank rank) noexcept {
+        return offers_[static_cast<std::size_t>(rank)];
     }
 
     void add(Rank rank, Offer offer) noexcept {
-        if (words_.insert(*offer.word).second) offers_.push_back({rank, std::move(offer)});
+        if (words_.insert(*offer.word).second) ofRank(rank).push_back(std::move(offer));
     }
 
     const Grammar grammar_;
@@ -234,8 +232,8 @@ private:
     const Beginning current_;
     const bool isReduced_;
     std::vector<Listed> listed_;
-    std::vector<RankedOffer> offers_;
-    std::unordered_set<Text> words_;  // that are offered
+    std::array<std::vector<Offer>, ranks> offers_;  // by their ranks
+    std::unordered_set<Text> words_;                // that are offered
 };
 
 }  // namespace

@@ -14,8 +14,6 @@ namespace {
 
 using namespace Optrella;
 
-json orNull(const std::optional<Text>& value) { return value ? text(*value) : json(); }
-
 json listed(const Tags& tags) {
     json list = json::array();
     for (const Text& each : tags) list.push_back(text(each));

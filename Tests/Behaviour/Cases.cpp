@@ -123,6 +123,8 @@ json text(std::string_view bytes) {
     return text;
 }
 
+json orNull(const std::optional<Text>& value) { return value ? text(*value) : json(); }
+
 std::vector<Text> texts(const json& values) {
     std::vector<Text> texts;
     for (const json& value : list(values)) texts.emplace_back(bytes(value));

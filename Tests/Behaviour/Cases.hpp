@@ -8,6 +8,7 @@
 
 #include <Optrella/Optrella.hpp>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -28,6 +29,7 @@ const json& at(const json& object, const char* key);
 // A text is a JSON string, or {"hex": "6162ff"} where its bytes are not UTF-8.
 std::string bytes(const json& text);
 json text(std::string_view bytes);
+json orNull(const std::optional<Optrella::Text>& text);
 
 std::vector<Optrella::Text> texts(const json& list);
 bool boolean(const json& value);

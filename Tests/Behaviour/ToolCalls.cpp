@@ -12,8 +12,6 @@ namespace {
 
 using namespace Optrella;
 
-json orNull(const std::optional<Text>& value) { return value ? text(*value) : json(); }
-
 json listed(const std::vector<Text>& values) {
     json list = json::array();
     for (const Text& each : values) list.push_back(text(each));
