@@ -7,6 +7,7 @@
 #include <Optrella/Optrella.hpp>
 #include <cstdio>
 #include <fstream>
+#include <iostream>
 #include <map>
 #include <string>
 
@@ -44,7 +45,7 @@ void writeVolumes(const std::map<std::string, long long>& volumes) {
 // ---- Actions: the status is 0 unless they set it ----
 
 void fail(const std::string& name, const char* why) {
-    std::fprintf(stderr, "volumes: %s %s\n", name.c_str(), why);
+    std::cerr << "volumes: " << name << ' ' << why << '\n';
     CommandLineExitStatus::shared().exitStatus = EX_DATAERR;
 }
 
@@ -102,7 +103,7 @@ int main(int argc, char* argv[]) {
     const Tool tool{.name = "volumes", .commandLines = commandLines, .spelling = Spelling::exact};
     const Explanation explanation = explain(tool, argc, argv);
     for (const Text& line : words(tool, argc, argv, explanation)) {
-        std::fprintf(stderr, "%s\n", line.c_str());
+        std::cerr << line << '\n';
     }
     if (explanation.outcome != Outcome::runs) return EX_USAGE;
 

@@ -29,7 +29,7 @@ public:
 
     [[nodiscard]] bool empty() const noexcept { return bytes_.empty(); }
     [[nodiscard]] bool isOf(const Text& word) const noexcept {
-        if (std::string_view(word).starts_with(bytes_) && word.isASCII()) return true;
+        if (static_cast<std::string_view>(word).starts_with(bytes_) && word.isASCII()) return true;
         if (word.isASCII() && bytes_.isASCII()) return false;
         const auto characters = canonicalCharacters(word);
         return characters.size() >= characters_.size() &&
@@ -37,7 +37,7 @@ public:
     }
     // A word that is no tag and no choice does not begin with a dash.
     [[nodiscard]] bool mayBeOfFreeWord() const noexcept {
-        return !std::string_view(bytes_).starts_with('-');
+        return !static_cast<std::string_view>(bytes_).starts_with('-');
     }
 
 private:
@@ -77,7 +77,7 @@ private:
         }
     }
 
-    bool lacksWords(const Contender& contender) const noexcept {
+    static bool lacksWords(const Contender& contender) noexcept {
         return contender.walk().state().requiredWordsGiven < contender.form().requiredWordCount();
     }
 
@@ -196,7 +196,8 @@ private:
             if (!current_.isOf(value)) continue;
             const bool isKnown = grammar_.vocabulary.find(value) != Vocabulary::unknown;
             if (isKnown) listed.knownWords.push_back(value);
-            if (isKnown || !std::string_view(value).starts_with('-')) listed.words.push_back(value);
+            if (isKnown || !static_cast<std::string_view>(value).starts_with('-'))
+                listed.words.push_back(value);
         }
     }
 

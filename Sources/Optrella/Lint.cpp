@@ -109,7 +109,7 @@ std::string quotedLine(const std::vector<Text>& line) noexcept {
     std::string typed;
     for (const Text& each : line) {
         if (!typed.empty()) typed += ' ';
-        typed += std::string_view(each);
+        typed += static_cast<std::string_view>(each);
     }
     return quoted(typed);
 }

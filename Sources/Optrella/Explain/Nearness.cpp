@@ -19,7 +19,7 @@ std::string_view withoutDashes(std::string_view bytes) noexcept {
     constexpr std::string_view dashes[] = {"-",      "\u2010", "\u2011", "\u2012",
                                            "\u2013", "\u2014", "\u2015", "\u2212"};
     const auto begins = [&bytes](std::string_view dash) { return bytes.starts_with(dash); };
-    for (auto dash = std::begin(dashes); dash != std::end(dashes);) {
+    for (const auto* dash = std::begin(dashes); dash != std::end(dashes);) {
         dash = std::find_if(std::begin(dashes), std::end(dashes), begins);
         if (dash != std::end(dashes)) bytes.remove_prefix(dash->size());
     }
@@ -89,7 +89,8 @@ std::optional<std::size_t> mistakes(const Characters& typed, const Characters& m
         if (least > most + 1) return std::nullopt;
     }
     const std::size_t all = rows.now[meant.size()];
-    return all <= most ? std::optional(all) : std::nullopt;
+    if (all > most) return std::nullopt;
+    return all;
 }
 
 template <class Characters>

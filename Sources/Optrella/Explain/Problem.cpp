@@ -32,7 +32,7 @@ public:
           walk_(line.walkToUnknown(attempt)),
           shown_(quoted(argument_.text)) {}
 
-    std::string sentence() const noexcept {
+    [[nodiscard]] std::string sentence() const noexcept {
         switch (*attempt_.why) {
             case UnknownArgument::takesNoValue:
                 return quoted(argument_.bytes().substr(0, argument_.assignment.value - 1)) +
@@ -51,26 +51,26 @@ public:
     }
 
 private:
-    bool isTag() const noexcept {
+    [[nodiscard]] bool isTag() const noexcept {
         return line_.formOf(attempt_).ownerOf(argument_.symbol) != noSlot;
     }
 
-    std::string notExpected() const noexcept {
+    [[nodiscard]] std::string notExpected() const noexcept {
         const std::optional<Text> later = line_.laterWord(attempt_);
         return shown_ + " is not expected " + (later ? "before " + quoted(*later) : "here");
     }
 
-    std::string meant() const noexcept {
+    [[nodiscard]] std::string meant() const noexcept {
         std::vector<std::string> tags;
         for (const Text& tag : attempt_.near) tags.push_back(quoted(withValue(tag)));
         return listed(tags, " or ");
     }
 
     // The tag with the value that was typed after an equals sign, as it is to be typed.
-    std::string withValue(const Text& tag) const noexcept {
+    [[nodiscard]] std::string withValue(const Text& tag) const noexcept {
         const std::size_t equals = argument_.bytes().find('=');
         const SlotRules* rules = line_.rulesOf(attempt_, tag);
-        const bool isShort = !std::string_view(tag).starts_with("--");
+        const bool isShort = !static_cast<std::string_view>(tag).starts_with("--");
         const char* between = walk_.isExact() ? " " : isShort ? "" : "=";
         if (equals == std::string_view::npos || !rules->takesValue || !looksLikeOption(tag)) {
             return tag.str();
@@ -78,7 +78,7 @@ private:
         return tag.str().append(between).append(argument_.bytes().substr(equals + 1));
     }
 
-    std::string option() const noexcept {
+    [[nodiscard]] std::string option() const noexcept {
         if (const std::optional<std::string> bounds = outOfBounds()) return *bounds;
         if (line_.given(attempt_) > 0 && isAnotherCommands()) {
             return shown_ + " is not an option of " + quoted(commandName(line_.formOf(attempt_)));
@@ -90,7 +90,7 @@ private:
     }
 
     // A negative number where one is due that may be negative.
-    std::optional<std::string> outOfBounds() const noexcept {
+    [[nodiscard]] std::optional<std::string> outOfBounds() const noexcept {
         const Slot taker = walk_.isExact() ? noSlot : walk_.takerOfPlain();
         if (taker == noSlot || !decimal(argument_.text)) return std::nullopt;
         const SlotRules& rules = walk_.form().slot(taker);
@@ -103,7 +103,7 @@ private:
         return label(rules) + ": " + message->str();
     }
 
-    bool isAnotherCommands() const noexcept {
+    [[nodiscard]] bool isAnotherCommands() const noexcept {
         const auto& forms = line_.grammar().forms;
         return std::any_of(forms.begin(), forms.end(), [this](const Form& form) {
             return !form.isHidden() && form.ownerOf(argument_.symbol) != noSlot;
@@ -111,7 +111,7 @@ private:
     }
 
     // Of several that are joined.
-    std::optional<std::string> unknownLetter() const noexcept {
+    [[nodiscard]] std::optional<std::string> unknownLetter() const noexcept {
         const Form& form = line_.formOf(attempt_);
         const auto isKnown = [&form](const Argument::Letter& letter) {
             return form.ownerOf(letter.option) != noSlot;

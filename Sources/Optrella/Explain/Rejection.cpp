@@ -33,7 +33,8 @@ std::optional<Text> rejectionOf(const ParameterUUID& uuid) noexcept {
 // What the path leads to is meant: the dot makes the system follow a link.
 std::optional<Text> rejectionOf(const ParameterFileURL& path) noexcept {
     const Text& value = path.common.userValue;
-    if (std::string_view(value).find('\0') != std::string_view::npos) return std::nullopt;
+    if (static_cast<std::string_view>(value).find('\0') != std::string_view::npos)
+        return std::nullopt;
     if (path.type == ParameterFileURL::urlType::fileOrFolder) return std::nullopt;
     if (!Platform::fileExists(value.c_str())) return std::nullopt;
     const bool isDirectory = Platform::isDirectory(value.str().append("/.").c_str());

@@ -39,7 +39,7 @@ void Tries::readAll(Walk& walk, Attempt& attempt) noexcept {
     candidates_.clear();
     for (std::size_t place = 0; place < line_.size(); ++place) {
         const Slot due = walk.state().due;
-        const bool isPlain = this->isPlain(walk, line_[place]);
+        const bool isPlainHere = isPlain(walk, line_[place]);
         Reading reading = walk.read(line_[place]);
         const bool isFirst = !attempt.unknown && !attempt.valueMissing;
         if (reading == Reading::valueMissing) {
@@ -52,7 +52,7 @@ void Tries::readAll(Walk& walk, Attempt& attempt) noexcept {
             attempt.accepted = place + 1;
         }
         const bool mayBeMistyped = reading != Reading::accepted || walk.role() == Role::plainValue;
-        if (isPlain && mayBeMistyped) candidates_.push_back(place);
+        if (isPlainHere && mayBeMistyped) candidates_.push_back(place);
     }
     if (attempt.unknown || attempt.valueMissing) return;
     if (const Slot missing = walk.valueMissing(); missing != noSlot) {
@@ -72,7 +72,7 @@ void Tries::reject(const Walk& walk, Reading reading, std::size_t place,
     }
 }
 
-bool Tries::isPlain(const Walk& walk, const Argument& argument) const noexcept {
+bool Tries::isPlain(const Walk& walk, const Argument& argument) noexcept {
     return walk.state().isPlain || !argument.isOptionLike;
 }
 

@@ -56,7 +56,7 @@ private:
     std::optional<std::size_t> distance(std::size_t argument, const Text& tag) noexcept;
     const Comparable& comparableArgument(std::size_t place) noexcept;
     const Comparable& comparableTag(const Text& tag) noexcept;
-    [[nodiscard]] bool isPlain(const Walk& walk, const Argument& argument) const noexcept;
+    [[nodiscard]] static bool isPlain(const Walk& walk, const Argument& argument) noexcept;
 
     const Grammar* grammar_;
     std::span<const Argument> line_;

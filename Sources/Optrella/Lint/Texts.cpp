@@ -54,7 +54,7 @@ private:
 
     void lintTag(const Text& tag, const std::vector<Text>& named) noexcept {
         lintText(tag, named, "a tag");
-        if (std::string_view(tag).find(' ') == std::string_view::npos) return;
+        if (static_cast<std::string_view>(tag).find(' ') == std::string_view::npos) return;
         add(Rule::unprintable, Severity::warning, named,
             "the tag " + quoted(tag) + " holds a space");
     }

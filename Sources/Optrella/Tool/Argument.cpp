@@ -6,8 +6,8 @@
 
 namespace Optrella::Internal {
 
-Argument::Argument(const Text& argument, const Vocabulary& vocabulary) noexcept
-    : text(argument), symbol(vocabulary.find(argument)), isOptionLike(looksLikeOption(argument)) {
+Argument::Argument(const Text& typed, const Vocabulary& vocabulary) noexcept
+    : text(typed), symbol(vocabulary.find(typed)), isOptionLike(looksLikeOption(typed)) {
     if (!isOptionLike) return;
     if (static_cast<std::string_view>(text).starts_with("--")) {
         lookUpAssignment(vocabulary);

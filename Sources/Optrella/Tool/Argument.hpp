@@ -20,7 +20,7 @@ namespace Optrella::Internal {
 class Argument {
 public:
     // Looks up what the argument may mean.
-    Argument(const Text& text, const Vocabulary& vocabulary) noexcept;
+    Argument(const Text& typed, const Vocabulary& vocabulary) noexcept;
 
     [[nodiscard]] std::string_view bytes() const noexcept { return text; }
 

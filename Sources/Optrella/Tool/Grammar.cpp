@@ -37,7 +37,11 @@ void Form::add(const KeptParameter& parameter, bool isRequired, Vocabulary& voca
     const auto place = static_cast<Slot>(slots_.size());
     const commonDetails& common = parameter.common();
     const bool isRequiredWord = isRequired && !common.hasParameter && isWord(common.tags);
-    slots_.push_back({parameter, isRequired, common.hasParameter, isRequiredWord, {}});
+    slots_.push_back({static_cast<const ParameterView&>(parameter),
+                      isRequired,
+                      common.hasParameter,
+                      isRequiredWord,
+                      {}});
     if (isRequiredWord) ++requiredWordCount_;
     for (const Text& tag : common.tags) {
         owners_.push_back({vocabulary.add(tag), place});

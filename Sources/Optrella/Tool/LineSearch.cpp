@@ -206,8 +206,8 @@ namespace {
 
 class SimplestEnd {
 public:
-    SimplestEnd(const Lexicon& lexicon, const Contender& contender) noexcept
-        : lexicon_(lexicon), contender_(contender) {}
+    SimplestEnd(const Lexicon& lexicon, Contender contender) noexcept
+        : lexicon_(lexicon), contender_(std::move(contender)) {}
 
     bool complete() noexcept {
         if (!fill()) return false;

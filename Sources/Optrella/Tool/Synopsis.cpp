@@ -1,5 +1,6 @@
 #include "Optrella/Tool/Synopsis.hpp"
 
+#include <algorithm>
 #include <set>
 #include <string_view>
 
@@ -25,7 +26,7 @@ std::string tagsAndValue(const SlotRules& rules) noexcept {
     std::string written;
     for (const Text& tag : rules.tags()) {
         if (!written.empty()) written += '|';
-        written += std::string_view(tag);
+        written += static_cast<std::string_view>(tag);
     }
     if (rules.takesValue) append(written, valueName(rules));
     return written;
@@ -63,10 +64,8 @@ std::string synopsis(const Form& form, bool isShort) noexcept {
 }
 
 bool hasOptions(const Form& form) noexcept {
-    for (const SlotRules& rules : form.slots()) {
-        if (!rules.isRequired && !rules.takes) return true;
-    }
-    return false;
+    return std::any_of(form.slots().begin(), form.slots().end(),
+                       [](const SlotRules& rules) { return !rules.isRequired && !rules.takes; });
 }
 
 }  // namespace
