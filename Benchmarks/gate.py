@@ -10,7 +10,7 @@ import re
 
 import measure
 import rows
-from measure import HELP, MATCH, MATCH_ITEMS, declaring
+from measure import HELP, MATCH, MATCH_ITEMS, WHOLE, declaring
 
 LIMITS = pathlib.Path(__file__).with_name("limits.json")
 SLACK = 1.03
@@ -46,6 +46,9 @@ def measured():
         heap = measure.counted(tool, ["help"])
         figures[f"{what}: heap calls"] = heap["declare calls"]
         figures[f"{what}: heap bytes"] = heap["declare bytes"]
+    for _, question, count, arguments, _ in rows.QUESTIONS:
+        figures[f"{question} {count}, {len(arguments)} arguments: instructions"] = measure.instructions(
+            f"questions-{count}", WHOLE, [question, *arguments])
     return figures
 
 
