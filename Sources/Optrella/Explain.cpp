@@ -61,11 +61,15 @@ Explanation explained(const Tool& tool, std::span<const Text> arguments) noexcep
         explanation.outcome = outcomeOfFit(fit.attempt);
         explanation.needsRoot = form.requiresRoot();
     }
-    std::stable_sort(all.begin(), all.end(), isNearer);
-    for (Try& each : all) {
-        const bool isHidden = grammar.forms[each.attempt.declaration].isHidden();
-        if (isHidden && !each.isMeant && !each.attempt.fits) continue;
-        explanation.attempts.push_back(std::move(each.attempt));
+    std::vector<Try*> order;
+    order.reserve(all.size());
+    for (Try& each : all) order.push_back(&each);
+    std::stable_sort(order.begin(), order.end(),
+                     [](const Try* left, const Try* right) { return isNearer(*left, *right); });
+    for (Try* each : order) {
+        const bool isHidden = grammar.forms[each->attempt.declaration].isHidden();
+        if (isHidden && !each->isMeant && !each->attempt.fits) continue;
+        explanation.attempts.push_back(std::move(each->attempt));
     }
     return explanation;
 }

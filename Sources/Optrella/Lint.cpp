@@ -1,6 +1,8 @@
 #include "Optrella/Lint.hpp"
 
 #include <algorithm>
+#include <cstdint>
+#include <utility>
 
 #include "Optrella/Lint/Report.hpp"
 #include "Optrella/Tool/Synopsis.hpp"
@@ -10,6 +12,10 @@ namespace Optrella {
 namespace {
 
 constexpr std::ptrdiff_t mostOfARule = 100;
+
+constexpr Rule next(Rule rule) noexcept {
+    return static_cast<Rule>(static_cast<std::uint8_t>(rule) + 1);
+}
 
 }  // namespace
 
@@ -60,9 +66,14 @@ Findings lint(const Tool& tool, Notes notes) noexcept {
     Internal::lintOperands(report);
     Internal::lintSwallowing(report);
     Internal::lintTexts(report);
-    Findings findings = std::move(report).findings();
-    std::stable_sort(findings.begin(), findings.end(),
-                     [](const Finding& l, const Finding& r) { return l.rule < r.rule; });
+    Findings found = std::move(report).findings();
+    // Each rule's in turn: to sort findings themselves, g++ 12 takes their witnesses for unset.
+    Findings findings;
+    for (auto rule = Rule::collision; rule <= Rule::reserved; rule = next(rule)) {
+        for (Finding& each : found) {
+            if (each.rule == rule) findings.push_back(std::move(each));
+        }
+    }
     if (notes == Notes::leftOut) {
         std::erase_if(findings,
                       [](const Finding& each) { return each.severity == Severity::note; });
