@@ -135,9 +135,8 @@ private:
             const Text& word = option.common.tags.front();
             const Symbol symbol = grammar_.vocabulary.find(word);
             if (!current_.isOf(word) || !lexicon_.mayStand(symbol)) continue;
-            if (words_.contains(word) ||
-                !rivals_.leadsOn(contender, symbol, {Use::As::value, slot}))
-                continue;
+            if (words_.contains(word)) continue;
+            if (!rivals_.leadsOn(contender, symbol, {Use::As::value, slot})) continue;
             add(Rank::value, {.kind = Offer::Kind::choice,
                               .word = word,
                               .help = option.common.tagHelp,
@@ -196,8 +195,8 @@ private:
             if (!current_.isOf(value)) continue;
             const bool isKnown = grammar_.vocabulary.find(value) != Vocabulary::unknown;
             if (isKnown) listed.knownWords.push_back(value);
-            if (isKnown || !static_cast<std::string_view>(value).starts_with('-'))
-                listed.words.push_back(value);
+            const bool beginsWithDash = static_cast<std::string_view>(value).starts_with('-');
+            if (isKnown || !beginsWithDash) listed.words.push_back(value);
         }
     }
 

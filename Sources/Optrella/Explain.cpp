@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <span>
-#include <tuple>
 #include <utility>
 
 #include "Optrella/Explain/Rejection.hpp"
 #include "Optrella/Explain/Tries.hpp"
-#include "Optrella/Text/TextBlock.hpp"
 #include "Optrella/Tool/Grammar.hpp"
 
 namespace Optrella {
@@ -81,9 +79,7 @@ Explanation explain(const Tool& tool, ArgumentList arguments) noexcept {
 }
 
 Explanation explain(const Tool& tool, int argc, const char* const* argv) noexcept {
-    if (argc < 1) return explained(tool, {});
-    const Internal::TextBlock arguments(std::span(argv, static_cast<std::size_t>(argc)).subspan(1));
-    return explained(tool, arguments.texts());
+    return explain(tool, Internal::withoutProgramName(argc, argv));
 }
 
 }  // namespace Optrella

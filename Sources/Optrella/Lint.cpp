@@ -19,7 +19,7 @@ constexpr Rule next(Rule rule) noexcept {
 
 }  // namespace
 
-Text nameOf(Rule rule) noexcept {
+Text rawValue(Rule rule) noexcept {
     switch (rule) {
         case Rule::collision:
             return "collision";
@@ -47,7 +47,7 @@ Text nameOf(Rule rule) noexcept {
     Internal::fatalStop();
 }
 
-Text nameOf(Severity severity) noexcept {
+Text rawValue(Severity severity) noexcept {
     switch (severity) {
         case Severity::error:
             return "error";

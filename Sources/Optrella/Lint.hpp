@@ -35,9 +35,10 @@ enum class Rule : std::uint8_t {
 // How sure it is that something must be changed.
 enum class Severity : std::uint8_t { error, warning, note };
 
-// Return the names of the cases.
-[[nodiscard]] OPTRELLA_API Text nameOf(Rule rule) noexcept;
-[[nodiscard]] OPTRELLA_API Text nameOf(Severity severity) noexcept;
+// Return the name of a case: rawValue(Rule::masked) == "masked". STOPS the process when the value
+// is no case.
+[[nodiscard]] OPTRELLA_API Text rawValue(Rule rule) noexcept;
+[[nodiscard]] OPTRELLA_API Text rawValue(Severity severity) noexcept;
 
 // Something that is wrong, or may be.
 struct OPTRELLA_API Finding {
@@ -68,7 +69,7 @@ enum class Notes : std::uint8_t { leftOut, included };
 template <class Traits>
 std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream,
                                              const Finding& finding) {
-    return stream << nameOf(finding.severity) << " (" << nameOf(finding.rule)
+    return stream << rawValue(finding.severity) << " (" << rawValue(finding.rule)
                   << "): " << finding.sentence;
 }
 

@@ -179,8 +179,8 @@ json callComplete(const json& aCase) {
 json callLint(const json& aCase) {
     json findings = json::array();
     for (const Finding& each : lint(toolOf(aCase), Notes::included)) {
-        findings.push_back({{"rule", text(nameOf(each.rule))},
-                            {"severity", text(nameOf(each.severity))},
+        findings.push_back({{"rule", text(rawValue(each.rule))},
+                            {"severity", text(rawValue(each.severity))},
                             {"declarations", each.declarations},
                             {"parameters", listed(each.parameters)},
                             {"witness", each.witness ? listed(*each.witness) : json()},

@@ -14,7 +14,7 @@ namespace {
 [[noreturn]] void lintAndLeave(const Tool& tool) noexcept {
     std::printf("linted %zu declarations\n", tool.commandLines.size());
     for (const Finding& each : lint(tool)) {
-        std::printf("%s", nameOf(each.rule).c_str());
+        std::printf("%s", rawValue(each.rule).c_str());
         for (const std::size_t index : each.declarations) std::printf(" %zu", index);
         for (const Text& word : each.witness.value_or(each.parameters)) {
             std::printf(" '%s'", word.c_str());

@@ -177,4 +177,16 @@ TEST(Complete, IsSafeOnSeveralThreadsAtOnce) {
     });
 }
 
+// Two declarations of one line, with so many options that not all ways to give them can be tried.
+TEST(Complete, OffersWhatItCannotDecide) {
+    for (const std::size_t count : {2U, 40U}) {
+        Parameters options;
+        for (std::size_t i = 0; i < count; ++i) {
+            options.push_back(ParameterString({"--" + std::to_string(i)}, "VALUE", "h"));
+        }
+        const CommandLinePossibility alike{false, {show}, options, "h", false, nothing};
+        EXPECT_EQ(complete({.commandLines = {alike, alike}}, {}, "").empty(), count == 2) << count;
+    }
+}
+
 }  // namespace

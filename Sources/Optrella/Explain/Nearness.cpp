@@ -125,8 +125,6 @@ std::vector<std::string> Comparable::characters() const noexcept {
 std::optional<std::size_t> Comparable::distanceTo(const Comparable& tag) const noexcept {
     if (folded_ == tag.folded_) return 0;
     if (std::min(size_, tag.size_) < shortest) return std::nullopt;
-    // What is typed may be a beginning, and so much shorter, but not longer.
-    if (size_ > tag.size_ + std::max<std::size_t>(size_ / 3, 1)) return std::nullopt;
     if (areOpposite(folded_, tag.folded_)) return std::nullopt;
     if (isPlain_ && tag.isPlain_) return distance(bytes_, tag.bytes_);
     return distance(characters(), tag.characters());

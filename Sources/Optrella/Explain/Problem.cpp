@@ -144,10 +144,10 @@ std::string whatIsTwice(const TypedLine& line, const Attempt& attempt) noexcept 
 
 // ---- A value that does not hold ----
 
-std::vector<std::string> choicesOf(const ParameterList& list) noexcept {
-    std::vector<std::string> choices;
+std::vector<Text> choicesOf(const ParameterList& list) noexcept {
+    std::vector<Text> choices;
     for (const ParameterNone& option : list.validOptions()) {
-        if (!option.common.tags.empty()) choices.push_back(quoted(option.common.tags.front()));
+        if (!option.common.tags.empty()) choices.push_back(option.common.tags.front());
     }
     return choices;
 }
@@ -157,9 +157,7 @@ std::optional<Text> nearestChoice(const ParameterList& list, const Text& value) 
     const Comparable typed(value);
     std::optional<Text> nearest;
     std::size_t least = 0;
-    for (const ParameterNone& option : list.validOptions()) {
-        if (option.common.tags.empty()) continue;
-        const Text& choice = option.common.tags.front();
+    for (const Text& choice : choicesOf(list)) {
         const std::optional<std::size_t> distance = typed.distanceTo(Comparable(choice));
         if (!distance || (nearest && *distance >= least)) continue;
         nearest = choice;
@@ -184,7 +182,9 @@ std::string problemOf(const TypedLine& line, const Attempt& fit,
     const SlotRules* rules = line.rulesOf(fit, rejected.parameter);
     const auto* list = rules != nullptr ? rules->parameter.as<ParameterList>() : nullptr;
     if (list != nullptr && rejected.value.empty()) {
-        return label + " needs a value: " + listed(choicesOf(*list), " or ");
+        std::vector<std::string> choices;
+        for (const Text& choice : choicesOf(*list)) choices.push_back(quoted(choice));
+        return label + " needs a value: " + listed(choices, " or ");
     }
     std::string sentence = label + ": " + printable(rejected.message);
     if (list == nullptr) return sentence;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace Optrella::Internal {
 
@@ -9,10 +10,6 @@ namespace {
 
 // What a given tag counts. It can be divided by 2 to 16, so that sums of fractions are exact.
 constexpr std::int64_t whole = 720720;
-
-Text nameOf(const SlotRules& rules) noexcept {
-    return rules.tags().empty() ? Text() : rules.tags().front();
-}
 
 }  // namespace
 
@@ -37,26 +34,27 @@ Try Tries::of(std::size_t declaration) noexcept {
 // Reads on after what it cannot read, to see what else is there.
 void Tries::readAll(Walk& walk, Attempt& attempt) noexcept {
     candidates_.clear();
+    bool isWell = true;
     for (std::size_t place = 0; place < line_.size(); ++place) {
         const Slot due = walk.state().due;
         const bool isPlainHere = isPlain(walk, line_[place]);
         Reading reading = walk.read(line_[place]);
-        const bool isFirst = !attempt.unknown && !attempt.valueMissing;
         if (reading == Reading::valueMissing) {
-            if (isFirst) attempt.valueMissing = nameOf(walk.form().slot(due));
+            if (isWell) attempt.valueMissing = walk.form().slot(due).firstTag();
+            isWell = false;
             reading = walk.read(line_[place]);
         }
-        if (reading != Reading::accepted) {
-            if (!attempt.unknown && !attempt.valueMissing) reject(walk, reading, place, attempt);
-        } else if (!attempt.unknown && !attempt.valueMissing) {
-            attempt.accepted = place + 1;
+        if (isWell && reading != Reading::accepted) {
+            reject(walk, reading, place, attempt);
+            isWell = false;
         }
+        if (isWell) attempt.accepted = place + 1;
         const bool mayBeMistyped = reading != Reading::accepted || walk.role() == Role::plainValue;
         if (isPlainHere && mayBeMistyped) candidates_.push_back(place);
     }
-    if (attempt.unknown || attempt.valueMissing) return;
+    if (!isWell) return;
     if (const Slot missing = walk.valueMissing(); missing != noSlot) {
-        attempt.valueMissing = nameOf(walk.form().slot(missing));
+        attempt.valueMissing = walk.form().slot(missing).firstTag();
     }
     attempt.fits = walk.fits();
 }
@@ -85,14 +83,14 @@ void Tries::compare(const Walk& walk, Try& result) noexcept {
         const SlotRules& rules = slots[static_cast<std::size_t>(slot)];
         const bool isTwice = walk.isExact() ? rules.isRequired && walk.state().again.contains(slot)
                                             : walk.isGivenTooOften(slot);
-        if (isTwice) attempt.repeated.push_back(nameOf(rules));
+        if (isTwice) attempt.repeated.push_back(rules.firstTag());
         if (!rules.isRequired) continue;
         if (walk.state().given.contains(slot)) {
             result.likeness += whole;
             result.isMeant = true;
             continue;
         }
-        attempt.missing.push_back(nameOf(rules));
+        attempt.missing.push_back(rules.firstTag());
         // An operand needs no tag: what is near to one may be the operand.
         const std::optional<Near> near = rules.takes ? std::nullopt : nearest(rules);
         if (!near) continue;
@@ -162,13 +160,10 @@ std::vector<Text> Tries::nearTags(const Walk& walk, std::size_t argument) noexce
 }
 
 std::optional<std::size_t> Tries::distance(std::size_t argument, const Text& tag) noexcept {
-    if (argument != measured_) {
-        measured_ = argument;
-        distances_.assign(tags_.size(), std::nullopt);
-    }
-    auto& known = distances_[static_cast<std::size_t>(grammar_->vocabulary.find(tag))];
-    if (!known) known = comparableArgument(argument).distanceTo(comparableTag(tag));
-    return *known;
+    const auto key = std::pair(argument, grammar_->vocabulary.find(tag));
+    const auto known = distances_.find(key);
+    if (known != distances_.end()) return known->second;
+    return distances_[key] = comparableArgument(argument).distanceTo(comparableTag(tag));
 }
 
 // Of "--name=value" the name is compared.

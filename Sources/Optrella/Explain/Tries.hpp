@@ -5,8 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "Optrella/Explain.hpp"
@@ -14,6 +16,13 @@
 #include "Optrella/Tool/Walk.hpp"
 
 namespace Optrella::Internal {
+
+// Returns the arguments of an argument vector, which may be empty.
+[[nodiscard]] inline std::span<const char* const> withoutProgramName(
+    int argc, const char* const* argv) noexcept {
+    if (argc < 1) return {};
+    return std::span(argv, static_cast<std::size_t>(argc)).subspan(1);
+}
 
 // A line, ready to be read.
 [[nodiscard]] std::vector<Argument> argumentsOf(std::span<const Text> texts,
@@ -62,10 +71,9 @@ private:
     std::span<const Argument> line_;
     std::vector<std::size_t> candidates_;  // plain arguments that may be mistyped tags
     std::vector<std::optional<Comparable>> tags_;
-    // How near the tags are to one argument: declarations share most of them.
-    std::size_t measured_ = static_cast<std::size_t>(-1);
-    std::vector<std::optional<std::optional<std::size_t>>> distances_;
     std::vector<std::optional<Comparable>> arguments_;
+    // Of arguments that are not known and tags: declarations share most of them.
+    std::map<std::pair<std::size_t, Symbol>, std::optional<std::size_t>> distances_;
 };
 
 }  // namespace Optrella::Internal

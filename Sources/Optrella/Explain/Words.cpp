@@ -9,9 +9,9 @@
 
 #include "Optrella/Explain.hpp"
 #include "Optrella/Explain/Problem.hpp"
+#include "Optrella/Explain/Tries.hpp"
 #include "Optrella/Explain/TypedLine.hpp"
 #include "Optrella/Text/Characters.hpp"
-#include "Optrella/Text/TextBlock.hpp"
 #include "Optrella/Tool/Synopsis.hpp"
 
 namespace Optrella {
@@ -205,9 +205,7 @@ std::vector<Text> words(const Tool& tool, ArgumentList arguments, const Explanat
 
 std::vector<Text> words(const Tool& tool, int argc, const char* const* argv,
                         const Explanation& explanation, std::size_t width) noexcept {
-    if (argc < 1) return Speech(tool, {}, explanation, width).lines();
-    const TextBlock arguments(std::span(argv, static_cast<std::size_t>(argc)).subspan(1));
-    return Speech(tool, arguments.texts(), explanation, width).lines();
+    return words(tool, withoutProgramName(argc, argv), explanation, width);
 }
 
 }  // namespace Optrella

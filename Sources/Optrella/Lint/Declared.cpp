@@ -149,7 +149,7 @@ void lintOperandsOf(Report& report, std::size_t index) noexcept {
         for (const Symbol choice : rules.choices) {
             if (!report.lexicon[choice].isOptionLike) continue;
             add(rules, " takes plain arguments: its choice " + quoted(report.lexicon[choice].text) +
-                           " is none");
+                           " can only be given after '--'");
         }
     }
 }

@@ -11,7 +11,8 @@ namespace {
 
 void findCollision(Report& report, std::size_t left, std::size_t right) noexcept {
     const auto& forms = report.grammar.forms;
-    if (!mayShareLine(report.grammar, forms[left], forms[right], Line::good)) return;
+    if (!mayShareLine(report.grammar, report.lexicon, forms[left], forms[right], Line::good))
+        return;
     const Found found = findShared(report.lexicon, Contender(report.grammar, left, Line::good),
                                    Contender(report.grammar, right, Line::good));
     if (found.answer != Found::Answer::yes) return;
@@ -53,8 +54,8 @@ void findUnreachable(Report& report, std::size_t index) noexcept {
     const Contender alone(grammar, index, Line::fitting);
     std::vector<Contender> others;
     for (std::size_t other = 0; other < grammar.forms.size(); ++other) {
-        if (other != index &&
-            mayShareLine(grammar, grammar.forms[index], grammar.forms[other], Line::fitting)) {
+        if (other != index && mayShareLine(grammar, report.lexicon, grammar.forms[index],
+                                           grammar.forms[other], Line::fitting)) {
             others.emplace_back(grammar, other, Line::fitting);
         }
     }

@@ -23,6 +23,10 @@ public:
     Argument(const Text& typed, const Vocabulary& vocabulary) noexcept;
 
     [[nodiscard]] std::string_view bytes() const noexcept { return text; }
+    // Returns whether it may be read as something else than a tag, in whatever place.
+    [[nodiscard]] bool isCompound() const noexcept {
+        return !letters.empty() || assignment.value > 0;
+    }
 
     // The first part of "--name=value".
     struct Assignment {

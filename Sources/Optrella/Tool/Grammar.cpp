@@ -1,23 +1,10 @@
 #include "Optrella/Tool/Grammar.hpp"
 
 #include <algorithm>
-#include <string_view>
 
 #include "Optrella/Tool/Argument.hpp"
 
 namespace Optrella::Internal {
-
-namespace {
-
-// Whether another declaration may read the tag as something else: several short options, an
-// assignment, a number.
-bool isOdd(std::string_view tag) noexcept {
-    if (!looksLikeOption(tag)) return false;
-    const bool isLong = tag.starts_with("--");
-    return isLong ? tag.find('=') != std::string_view::npos : tag.size() > 2;
-}
-
-}  // namespace
 
 bool isWord(const Tags& tags) noexcept { return !tags.empty() && !looksLikeOption(tags.front()); }
 
@@ -43,10 +30,7 @@ void Form::add(const KeptParameter& parameter, bool isRequired, Vocabulary& voca
                       isRequiredWord,
                       {}});
     if (isRequiredWord) ++requiredWordCount_;
-    for (const Text& tag : common.tags) {
-        owners_.push_back({vocabulary.add(tag), place});
-        if (isOdd(tag)) hasOddTags_ = true;
-    }
+    for (const Text& tag : common.tags) owners_.push_back({vocabulary.add(tag), place});
     if (const auto* list = parameter.as<ParameterList>()) {
         for (const ParameterNone& option : list->validOptions()) {
             if (option.common.tags.empty()) continue;

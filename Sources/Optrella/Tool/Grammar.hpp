@@ -31,6 +31,10 @@ struct SlotRules {
     std::vector<Symbol> choices{};  // the first tags of a list's options
 
     [[nodiscard]] const Tags& tags() const noexcept { return parameter.common().tags; }
+    // Returns the empty text when there is none.
+    [[nodiscard]] Text firstTag() const noexcept {
+        return tags().empty() ? Text() : tags().front();
+    }
 };
 
 // A declaration.
@@ -50,8 +54,6 @@ public:
     [[nodiscard]] std::span<const Slot> operands() const noexcept { return operands_; }
     [[nodiscard]] bool requiresRoot() const noexcept { return requiresRoot_; }
     [[nodiscard]] bool isHidden() const noexcept { return isHidden_; }
-    // Returns whether a tag looks like several short options, an assignment or a number.
-    [[nodiscard]] bool hasOddTags() const noexcept { return hasOddTags_; }
 
     // Returns the parameter that a tag chooses, noSlot when there is none: the last one that has
     // it, of the required ones first.
@@ -73,7 +75,6 @@ private:
     std::vector<Slot> operands_;
     Slot requiredCount_ = 0;
     Slot requiredWordCount_ = 0;
-    bool hasOddTags_ = false;
     bool requiresRoot_;
     bool isHidden_;
 };

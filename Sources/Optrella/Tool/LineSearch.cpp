@@ -21,8 +21,7 @@ Text freeWord(const Vocabulary& vocabulary) noexcept {
 }
 
 bool isOdd(const Argument& argument) noexcept {
-    return argument.letters.size() > 1 || argument.assignment.value > 0 ||
-           argument.text == "--help" || decimal(argument.text);
+    return argument.isCompound() || argument.text == "--help" || decimal(argument.text);
 }
 
 }  // namespace
@@ -33,6 +32,7 @@ Lexicon::Lexicon(const Grammar& grammar) noexcept
     for (Symbol symbol = 0; symbol < grammar.vocabulary.size(); ++symbol) {
         known_.emplace_back(grammar.vocabulary.text(symbol), grammar.vocabulary);
         const Argument& word = known_.back();
+        hasCompounds_ = hasCompounds_ || word.isCompound();
         if (!word.bytes().starts_with('-') || !mayStand(symbol)) continue;
         (isOdd(word) ? oddities_ : options_).push_back(symbol);
     }
@@ -297,9 +297,18 @@ private:
 
 }  // namespace
 
-bool mayShareLine(const Grammar& grammar, const Form& left, const Form& right, Line line) noexcept {
-    // Where a tag may be read as something else, a glance tells nothing.
-    if (left.hasOddTags() || right.hasOddTags()) return true;
+bool mayShareLine(const Grammar& grammar, const Lexicon& lexicon, const Form& left,
+                  const Form& right, Line line) noexcept {
+    const auto readsOtherwise = [&](const Form& form, const Form::Owner& owner) {
+        const Argument& tag = lexicon[owner.tag];
+        return tag.isCompound() && form.ownerOf(owner.tag) == noSlot &&
+               Walk(form, grammar.spelling).read(tag) == Reading::accepted;
+    };
+    const auto readsTagOf = [&](const Form& form, const Form& other) {
+        return std::any_of(other.owners().begin(), other.owners().end(),
+                           [&](const Form::Owner& owner) { return readsOtherwise(form, owner); });
+    };
+    if (lexicon.hasCompounds() && (readsTagOf(left, right) || readsTagOf(right, left))) return true;
     SharedSlots ofLeft(left);
     SharedSlots ofRight(right);
     bool isShared = false;

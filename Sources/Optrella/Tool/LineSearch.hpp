@@ -25,6 +25,8 @@ public:
     [[nodiscard]] bool mayStand(Symbol symbol) const noexcept {
         return isExact_ || (*this)[symbol].text != "--";
     }
+    // Returns whether a word of the tool may be read as something else than a tag.
+    [[nodiscard]] bool hasCompounds() const noexcept { return hasCompounds_; }
     // Returns the words that may make a difference to one of the contenders: of those that make the
     // same difference to none, one is enough.
     [[nodiscard]] std::vector<Symbol> of(const std::vector<Contender>& contenders) const noexcept;
@@ -33,6 +35,7 @@ private:
     std::vector<Argument> known_;
     Argument free_;
     bool isExact_;
+    bool hasCompounds_ = false;
     std::vector<Symbol> options_;   // written as options are
     std::vector<Symbol> oddities_;  // and may be read as something else than a tag
 };
@@ -67,8 +70,8 @@ enum class Ends : std::uint8_t { anywhere, afterAWord };  // where what is added
                                                              const Contender& contender) noexcept;
 
 // Returns false when no such line fits both declarations, as far as a glance at them can tell.
-[[nodiscard]] bool mayShareLine(const Grammar& grammar, const Form& left, const Form& right,
-                                Line line) noexcept;
+[[nodiscard]] bool mayShareLine(const Grammar& grammar, const Lexicon& lexicon, const Form& left,
+                                const Form& right, Line line) noexcept;
 
 }  // namespace Optrella::Internal
 

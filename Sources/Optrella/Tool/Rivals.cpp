@@ -50,7 +50,7 @@ std::vector<Contender> Rivals::others(const Contender& candidate, Symbol word) c
         if (other.read((*lexicon_)[word])) others.push_back(std::move(other));
     };
     const Argument& argument = (*lexicon_)[word];
-    if (argument.letters.size() > 1 || argument.assignment.value > 0) {
+    if (argument.isCompound()) {
         // Anybody may read it as something else.
         for (std::size_t place = 0; place < all_.size(); ++place) add(place);
         return others;

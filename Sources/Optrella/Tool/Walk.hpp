@@ -82,7 +82,6 @@ public:
     [[nodiscard]] const Form& form() const noexcept { return *form_; }
     [[nodiscard]] bool isExact() const noexcept { return isExact_; }
     [[nodiscard]] const WalkState& state() const noexcept { return state_; }
-    [[nodiscard]] WalkState& state() noexcept { return state_; }
 
 private:
     Reading readExactly(const Argument& argument) noexcept;
