@@ -23,7 +23,8 @@ LAYERS = [
     ["Parameters", "Elevation", "CommandLineExitStatus"],
     ["CommandLine", "Fetch"],
     ["Help", "Tool"],
-    ["Explain", "Complete", "Lint"],
+    ["Explain", "Complete", "Lint", "HelpPage", "CompletionScript", "ManualPage", "Description"],
+    ["RunTool"],
     ["Optrella"],
 ]
 
