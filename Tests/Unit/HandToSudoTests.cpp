@@ -33,17 +33,16 @@ protected:
         ::unsetenv("SUDO_COMMAND");
     }
 
-    // Hands the arguments over, and returns the lines on standard error.
-    Words said(const std::vector<Text>& arguments = {"install"}) {
-        EXPECT_FALSE(Optrella::HandToSudo::mayRunHere(arguments));
-        return platform().errorWrites;
+    // Hands the arguments over, and returns why that was not possible.
+    static std::string said(const std::vector<Text>& arguments = {"install"}) {
+        return Optrella::HandToSudo::refusal(arguments).value_or("");
     }
     void becomeStartedBySudo(const char* command) {
         ::setenv("SUDO_UID", "1000", 1);
         ::setenv("SUDO_COMMAND", command, 1);
     }
     void expectHandedOver() {
-        EXPECT_FALSE(Optrella::HandToSudo::mayRunHere({}));
+        EXPECT_TRUE(Optrella::HandToSudo::refusal({}));
         EXPECT_EQ(platform().replacements.size(), 1U);
     }
 
@@ -56,15 +55,14 @@ protected:
 
 TEST_F(HandToSudo, RunsHereWhereTheEffectiveUserIsRoot) {
     platform().hasRightsOfRoot = true;
-    EXPECT_TRUE(Optrella::HandToSudo::mayRunHere({}));
+    EXPECT_EQ(Optrella::HandToSudo::refusal({}), std::nullopt);
     EXPECT_EQ(platform().replacements.size(), 0U);
-    EXPECT_EQ(platform().errorWrites, Words{});
 }
 
 TEST_F(HandToSudo, StartsTheProgramByItsPathAsRootWithTheArgumentsUnchanged) {
     using namespace std::string_literals;
     const std::vector<Text> arguments = {"install", "", "-e", "A=B", "a b", Text("\xFF"s)};
-    EXPECT_FALSE(Optrella::HandToSudo::mayRunHere(arguments));
+    EXPECT_TRUE(Optrella::HandToSudo::refusal(arguments));
     ASSERT_EQ(platform().replacements.size(), 1U);
     EXPECT_EQ(platform().replacements[0].program, "/usr/bin/sudo");
     EXPECT_EQ(platform().replacements[0].arguments,
@@ -74,37 +72,39 @@ TEST_F(HandToSudo, StartsTheProgramByItsPathAsRootWithTheArgumentsUnchanged) {
 
 TEST_F(HandToSudo, CallsRootByTheNameThatTheDatabaseHas) {
     platform().nameOfRoot = "toor";
-    EXPECT_FALSE(Optrella::HandToSudo::mayRunHere({}));
+    EXPECT_TRUE(Optrella::HandToSudo::refusal({}));
     EXPECT_EQ(platform().replacements.at(0).arguments,
               (Words{"sudo", "-u", "toor", "--", "/there/tool"}));
 }
 
 TEST_F(HandToSudo, AsksNeitherAboutTheUserNorForAPassword) {
-    EXPECT_FALSE(Optrella::HandToSudo::mayRunHere({}));
+    EXPECT_TRUE(Optrella::HandToSudo::refusal({}));
     EXPECT_EQ(platform().userQuestions, 0);
     EXPECT_EQ(platform().membershipQuestions.size(), 0U);
     EXPECT_EQ(platform().prompts.size(), 0U);
 }
 
-TEST_F(HandToSudo, SaysInALineThatSudoCannotBeStarted) {
+TEST_F(HandToSudo, SaysThatSudoCannotBeStarted) {
     platform().replacementError = ENOENT;
-    EXPECT_EQ(said(), Words{"This command must be run as root, and /usr/bin/sudo cannot be "
-                            "started: No such file or directory.\n"});
+    EXPECT_EQ(said(),
+              "This command must be run as root, and /usr/bin/sudo cannot be "
+              "started: No such file or directory.");
 }
 
-TEST_F(HandToSudo, SaysInALineThatTheProgramIsNotThereAnyMore) {
+TEST_F(HandToSudo, SaysThatTheProgramIsNotThereAnyMore) {
     platform().ownProgram.reset();
-    EXPECT_EQ(said(), Words{"This command must be run as root, and sudo cannot be told which "
-                            "program that is: use sudo yourself.\n"});
+    EXPECT_EQ(said(),
+              "This command must be run as root, and sudo cannot be told which "
+              "program that is: use sudo yourself.");
     EXPECT_EQ(platform().replacements.size(), 0U);
 }
 
 TEST_F(HandToSudo, DoesNotLoopWhereSudoRunsItAsAnotherUser) {
     for (const char* command : {"/there/tool", "/there/tool install x"}) {
-        platform().errorWrites.clear();
         becomeStartedBySudo(command);
-        EXPECT_EQ(said(), Words{"This command must be run as root, and sudo has run it as another "
-                                "user.\n"});
+        EXPECT_EQ(said(),
+                  "This command must be run as root, and sudo has run it as another "
+                  "user.");
     }
     EXPECT_EQ(platform().replacements.size(), 0U);
 }
@@ -161,6 +161,15 @@ TEST_F(HandToSudo, RunsARootCommandAsRootAndAnyOtherAsAnybody) {
     EXPECT_EQ(parse(commandLines_, 2, words, RootCommands::handToSudo), parsingError::NoError);
     EXPECT_EQ(calls_, 2);
     EXPECT_EQ(platform().replacements.size(), 0U);
+}
+
+TEST_F(HandToSudo, SaysInALineThatItIsNotPossible) {
+    platform().ownProgram.reset();
+    EXPECT_EQ(parse(commandLines_, std::vector<Text>{"tool", "install"}, RootCommands::handToSudo),
+              parsingError::NoMatchingLine);
+    EXPECT_EQ(platform().errorWrites,
+              Words{"This command must be run as root, and sudo cannot be told which program that "
+                    "is: use sudo yourself.\n"});
 }
 
 TEST_F(HandToSudo, HandsOverWhatStandsInArgv) {

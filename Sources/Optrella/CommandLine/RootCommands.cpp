@@ -5,6 +5,7 @@
 #include "Optrella/CommandLine/Dispatch.hpp"
 #include "Optrella/CommandLine/Validation.hpp"
 #include "Optrella/Elevation/HandToSudo.hpp"
+#include "Optrella/Platform/StandardStreams.hpp"
 
 namespace Optrella {
 
@@ -14,8 +15,11 @@ parsingError runTheOnlyFit(CommandList commandList, std::span<const Text> passed
     std::optional<Internal::Fit> fit = Internal::onlyFit(commandList, passedLine);
     if (!fit) return parsingError::NoMatchingLine;
     // First: root judges the values, who may see what the user may not.
-    if (fit->requiresRoot && !HandToSudo::mayRunHere(passedLine)) {
-        return parsingError::NoMatchingLine;
+    if (fit->requiresRoot) {
+        if (const std::optional<std::string> refusal = HandToSudo::refusal(passedLine)) {
+            Platform::writeStandardError(*refusal + "\n");
+            return parsingError::NoMatchingLine;
+        }
     }
     if (!Internal::validateParameters(fit->given)) return parsingError::NoMatchingLine;
     return Internal::run(*fit);

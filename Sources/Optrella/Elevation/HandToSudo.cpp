@@ -6,8 +6,6 @@
 #include "Optrella/Elevation/HandToSudo.hpp"
 
 #include <cstdlib>
-#include <optional>
-#include <string>
 #include <string_view>
 #include <system_error>
 #include <vector>
@@ -15,15 +13,13 @@
 #include "Optrella/Platform/Directory.hpp"
 #include "Optrella/Platform/OwnProgram.hpp"
 #include "Optrella/Platform/Process.hpp"
-#include "Optrella/Platform/StandardStreams.hpp"
 
 namespace Optrella::HandToSudo {
 
 namespace {
 
-bool refuse(const std::string& why) {
-    Platform::writeStandardError("This command must be run as root, and " + why + ".\n");
-    return false;
+std::string sentence(const std::string& why) {
+    return "This command must be run as root, and " + why + ".";
 }
 
 // SUDO_UID alone is no sign: what a user starts in `sudo su` or `sudo bash` has it as well.
@@ -37,16 +33,16 @@ bool isStartedBySudo(const std::string& program) {
 
 }  // namespace
 
-bool mayRunHere(std::span<const Text> arguments) noexcept {
-    if (Platform::hasRightsOfRoot()) return true;
+std::optional<std::string> refusal(std::span<const Text> arguments) noexcept {
+    if (Platform::hasRightsOfRoot()) return std::nullopt;
     const std::optional<std::string> program = Platform::ownProgram();
-    if (!program) return refuse("sudo cannot be told which program that is: use sudo yourself");
-    if (isStartedBySudo(*program)) return refuse("sudo has run it as another user");
+    if (!program) return sentence("sudo cannot be told which program that is: use sudo yourself");
+    if (isStartedBySudo(*program)) return sentence("sudo has run it as another user");
     // By name: the rules may have another user as the default, and not every sudo takes a number.
     std::vector<std::string> words{"sudo", "-u", Platform::nameOfRoot(), "--", *program};
     for (const Text& argument : arguments) words.push_back(argument.str());
     const int error = Platform::replaceProcess("/usr/bin/sudo", words);
-    return refuse("/usr/bin/sudo cannot be started: " + std::generic_category().message(error));
+    return sentence("/usr/bin/sudo cannot be started: " + std::generic_category().message(error));
 }
 
 }  // namespace Optrella::HandToSudo

@@ -6,16 +6,18 @@
 #ifndef OPTRELLA_ELEVATION_HANDTOSUDO_HPP
 #define OPTRELLA_ELEVATION_HANDTOSUDO_HPP
 
+#include <optional>
 #include <span>
+#include <string>
 
 #include "Optrella/Text.hpp"
 
 namespace Optrella::HandToSudo {
 
-// Returns whether a root command may run in this process. Where it may not, puts sudo in its place,
-// which starts the running program as root with these arguments (without the program name); it does
-// not return then. Returns false, after a line on standard error, when that is not possible.
-[[nodiscard]] bool mayRunHere(std::span<const Text> arguments) noexcept;
+// Returns nothing when a root command may run in this process. Where it may not, puts sudo in its
+// place, which starts the running program as root with these arguments (without the program name);
+// it does not return then. Returns a sentence, for the user, when that is not possible.
+[[nodiscard]] std::optional<std::string> refusal(std::span<const Text> arguments) noexcept;
 
 }  // namespace Optrella::HandToSudo
 
