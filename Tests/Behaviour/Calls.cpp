@@ -269,6 +269,7 @@ constexpr Call calls[] = {
     {"explain", callExplain},
     {"complete", callComplete},
     {"lint", callLint},
+    {"description", callDescription},
 };
 
 }  // namespace

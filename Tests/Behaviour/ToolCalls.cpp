@@ -1,6 +1,7 @@
 #include "ToolCalls.hpp"
 
 #include <Optrella/Complete.hpp>
+#include <Optrella/Description.hpp>
 #include <Optrella/Explain.hpp>
 #include <Optrella/Lint.hpp>
 #include <Optrella/Tool.hpp>
@@ -188,5 +189,7 @@ json callLint(const json& aCase) {
     }
     return {{"findings", findings}};
 }
+
+json callDescription(const json& aCase) { return {{"value", text(description(toolOf(aCase)))}}; }
 
 }  // namespace Behaviour

@@ -10,6 +10,7 @@ namespace Behaviour {
 json callExplain(const json& aCase);
 json callComplete(const json& aCase);
 json callLint(const json& aCase);
+json callDescription(const json& aCase);
 
 }  // namespace Behaviour
 

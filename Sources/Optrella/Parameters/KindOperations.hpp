@@ -15,6 +15,7 @@
 #include "Optrella/Parameters/BuiltInKinds.hpp"
 #include "Optrella/Parameters/CommonDetails.hpp"
 #include "Optrella/Parameters/KindChecks.hpp"
+#include "Optrella/Parameters/KindName.hpp"
 #include "Optrella/Text.hpp"
 
 namespace Optrella {
@@ -39,6 +40,7 @@ struct OPTRELLA_API KindOperations {
     bool isInline;  // stands within a ParameterProtocol
     bool comparesByDefault;
     bool storesByDefault;
+    const char* name;  // without the namespaces
 };
 
 inline constexpr std::size_t inlineKindSize = 112;  // the largest of the six kinds
@@ -124,7 +126,8 @@ struct HeldKind {
         .alignment = alignof(Kind),
         .isInline = isInline,
         .comparesByDefault = comparesByDefault,
-        .storesByDefault = storesByDefault};
+        .storesByDefault = storesByDefault,
+        .name = kindName<Kind>.data()};
     // clang-format on
 
 private:
