@@ -14,16 +14,6 @@ namespace {
 
 using Internal::Try;
 
-void judgeValues(const Internal::Form& form, Try& fit) noexcept {
-    for (const ParameterProtocol& each : Internal::parametersOf(form, fit.gifts)) {
-        const std::optional<Text> message = Internal::rejection(each);
-        if (!message) continue;
-        const Tags& tags = each.common().tags;
-        fit.attempt.rejected.push_back(
-            {tags.empty() ? Text() : tags.front(), each.common().userValue, *message});
-    }
-}
-
 bool isNearer(const Try& left, const Try& right) noexcept {
     if (left.attempt.fits != right.attempt.fits) return left.attempt.fits;
     if (left.likeness != right.likeness) return left.likeness > right.likeness;
@@ -55,7 +45,7 @@ Explanation explained(const Tool& tool, std::span<const Text> arguments) noexcep
     } else {
         Try& fit = *std::find_if(all.begin(), all.end(), fits);
         const Internal::Form& form = grammar.forms[fit.attempt.declaration];
-        judgeValues(form, fit);
+        fit.attempt.rejected = Internal::rejections(Internal::parametersOf(form, fit.gifts));
         explanation.outcome = outcomeOfFit(fit.attempt);
         explanation.needsRoot = form.requiresRoot();
     }

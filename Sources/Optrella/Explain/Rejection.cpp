@@ -86,4 +86,16 @@ std::optional<Text> rejection(const ParameterProtocol& given) noexcept {
     return std::nullopt;
 }
 
+std::vector<RejectedValue> rejections(const Parameters& given) noexcept {
+    std::vector<RejectedValue> all;
+    for (const ParameterProtocol& each : given) {
+        std::optional<Text> message = rejection(each);
+        if (!message) continue;
+        const Tags& tags = each.common().tags;
+        all.push_back(
+            {tags.empty() ? Text() : tags.front(), each.common().userValue, *std::move(message)});
+    }
+    return all;
+}
+
 }  // namespace Optrella::Internal

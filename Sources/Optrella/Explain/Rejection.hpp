@@ -5,7 +5,9 @@
 
 #include <optional>
 #include <span>
+#include <vector>
 
+#include "Optrella/Explain.hpp"
 #include "Optrella/Parameters.hpp"
 #include "Optrella/Tool/Walk.hpp"
 
@@ -15,6 +17,9 @@ namespace Optrella::Internal {
 // and beyond it that a number is one and within its bounds, a UUID is one, and an existing path is
 // a file or a directory as declared. A choice without tags is none.
 [[nodiscard]] std::optional<Text> rejection(const ParameterProtocol& given) noexcept;
+
+// Returns all values that do not hold, in the order of the parameters.
+[[nodiscard]] std::vector<RejectedValue> rejections(const Parameters& given) noexcept;
 
 // Returns the parameters as an action is given them, in the order in which it is given them: the
 // required ones, then the others, each in the order of the line.
