@@ -84,9 +84,16 @@ private:
             return shown_ + " is not an option of " + quoted(commandName(line_.formOf(attempt_)));
         }
         if (const std::optional<std::string> letter = unknownLetter()) return *letter;
+        if (isNearHelp()) return shown_ + " is not known; did you mean '--help'?";
         const bool isHint = argument_.symbol == Vocabulary::unknown && argument_.text != "--help" &&
                             line_.isMissedAsValue(attempt_);
         return shown_ + " is not known" + (isHint ? "; after '--' it would be a value" : "");
+    }
+
+    // Every tool that is read conventionally answers it, though no declaration has it.
+    [[nodiscard]] bool isNearHelp() const noexcept {
+        if (walk_.isExact() || argument_.text == "--help") return false;
+        return Comparable(argument_.bytes()).distanceTo(Comparable("--help")).has_value();
     }
 
     // A negative number where one is due that may be negative.
