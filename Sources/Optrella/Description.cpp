@@ -47,9 +47,9 @@ void appendCodePoint(StringBuilder& json, std::string_view bytes, CodePoint::Val
 }
 
 void appendBytes(StringBuilder& json, std::string_view bytes) noexcept {
-    json.append("{\"hex\": \"");
+    json.append(R"({"hex": ")");
     for (const char byte : bytes) appendHex(json, static_cast<unsigned char>(byte));
-    json.append("\"}");
+    json.append(R"("})");
 }
 
 void appendText(StringBuilder& json, std::string_view text) noexcept {
@@ -94,44 +94,44 @@ void appendWhetherValueFollows(StringBuilder& json, const ParameterView& paramet
     const bool follows = parameter.common().hasParameter;
     const bool isFlag = parameter.as<ParameterNone>() != nullptr;
     if (isOfOwnKind(parameter) || follows == isFlag) {
-        json.append(", \"hasParameter\": ", wordOf(follows));
+        json.append(R"(, "hasParameter": )", wordOf(follows));
     }
 }
 
 void appendOption(StringBuilder& json, const ParameterNone& option) noexcept {
-    json.append("{\"tags\": ");
+    json.append(R"({"tags": )");
     appendTexts(json, option.common.tags);
-    json.append(", \"tagHelp\": ");
+    json.append(R"(, "tagHelp": )");
     appendText(json, option.common.tagHelp);
     json.append("}");
 }
 
 void appendFieldsOfKind(StringBuilder& json, const ParameterView& parameter) noexcept {
     if (const auto* number = parameter.as<ParameterNumber>()) {
-        json.append(", \"min\": ", std::to_string(*number->rangeMin()));
-        json.append(", \"max\": ", std::to_string(*number->rangeMax()));
+        json.append(R"(, "min": )", std::to_string(*number->rangeMin()));
+        json.append(R"(, "max": )", std::to_string(*number->rangeMax()));
     } else if (const auto* list = parameter.as<ParameterList>()) {
-        json.append(", \"validOptions\": ");
+        json.append(R"(, "validOptions": )");
         appendList(json, list->validOptions(), appendOption);
     } else if (const auto* path = parameter.as<ParameterFileURL>()) {
-        json.append(", \"type\": \"", rawValue(path->type), "\"");
-        json.append(", \"state\": \"", rawValue(path->state), "\"");
+        json.append(R"(, "type": ")", rawValue(path->type), "\"");
+        json.append(R"(, "state": ")", rawValue(path->state), "\"");
     }
 }
 
 void appendParameter(StringBuilder& json, const ParameterView& parameter) noexcept {
     const commonDetails& common = parameter.common();
-    json.append("{\"kind\": ");
+    json.append(R"({"kind": )");
     appendText(json, parameter.operations().name);
-    json.append(", \"tags\": ");
+    json.append(R"(, "tags": )");
     appendTexts(json, common.tags);
     appendWhetherValueFollows(json, parameter);
     if (common.hasParameter) {
-        json.append(", \"parameterName\": ");
+        json.append(R"(, "parameterName": )");
         appendText(json, common.parameterName);
     }
     appendFieldsOfKind(json, parameter);
-    json.append(", \"tagHelp\": ");
+    json.append(R"(, "tagHelp": )");
     appendText(json, common.tagHelp);
     json.append("}");
 }
@@ -161,18 +161,18 @@ std::vector<Named> thatName(const std::vector<Named>& all) noexcept {
 }
 
 void appendOperand(StringBuilder& json, const Operand& operand) noexcept {
-    json.append("{\"tag\": ");
+    json.append(R"({"tag": )");
     appendText(json, *operand.firstTag());
-    json.append(", \"takes\": \"", wordOf(operand.takes()), "\"}");
+    json.append(R"(, "takes": ")", wordOf(operand.takes()), R"("})");
 }
 
 void appendDeclaration(StringBuilder& json, const CommandLinePossibility& declaration) noexcept {
-    json.append("{\"requiresRoot\": ", wordOf(Declaration::requiresRoot(declaration)));
-    json.append(", \"help\": ");
+    json.append(R"({"requiresRoot": )", wordOf(Declaration::requiresRoot(declaration)));
+    json.append(R"(, "help": )");
     appendText(json, Declaration::help(declaration));
-    json.append(", \"hidden\": ", wordOf(Declaration::hidden(declaration)), ", \"required\": ");
+    json.append(R"(, "hidden": )", wordOf(Declaration::hidden(declaration)), R"(, "required": )");
     appendList(json, Declaration::required(declaration), appendParameter);
-    json.append(", \"optional\": ");
+    json.append(R"(, "optional": )");
     appendList(json, Declaration::optional(declaration), appendParameter);
     json.append("}");
 }
@@ -204,7 +204,7 @@ Text description(const Tool& tool) noexcept {
         divider = ",\n  ";
     }
     json.append(tool.commandLines.empty() ? "" : "\n ", "]}\n");
-    return std::string_view(json);
+    return json.from(0);
 }
 
 }  // namespace Optrella

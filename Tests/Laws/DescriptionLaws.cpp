@@ -26,7 +26,7 @@ using nlohmann::json;
 
 // Compared as it is dumped: what RapidCheck would show of it, it takes for a text.
 json written(const std::string& bytes) {
-    const json text = bytes;
+    json text = bytes;
     try {
         static_cast<void>(text.dump());
         return text;
@@ -118,7 +118,9 @@ std::vector<std::string> linesOf(const std::string& text) {
 
 TEST(DescriptionLaws, ATextIsReadAsItIs) {
     EXPECT_TRUE(rc::check("texts", [] {
-        const std::string name = drawnText(), help = drawnText(), tag = drawnText();
+        const std::string name = drawnText();
+        const std::string help = drawnText();
+        const std::string tag = drawnText();
         const ParameterString item{{tag}, help, name};
         const Tool tool{
             .name = name,

@@ -111,7 +111,8 @@ TEST(Description, SaysThatAParameterWasMadeToTakeNoValue) {
 // ---- The tool ----
 
 TEST(Description, LeavesOutAnOperandThatHasNoTag) {
-    const ParameterString nameless{{}, "NAME", ""}, disk{{"--disk"}, "DISK", ""};
+    const ParameterString nameless{{}, "NAME", ""};
+    const ParameterString disk{{"--disk"}, "DISK", ""};
     const Tool tool{.operands = {nameless, disk}, .repeated = {nameless, disk}};
     const json read = json::parse(description(tool).str());
     EXPECT_EQ(read.at("operands"), json::array({{{"tag", "--disk"}, {"takes", "one"}}}));
