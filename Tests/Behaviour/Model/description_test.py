@@ -2,9 +2,9 @@
 """A tool's description says of drawn tools what they declare, is what its schema says, and is enough to
 tell which lines fit: the model that knows nothing else judges lines as the tool itself does.
 
-    description_test.py RUNNER SCHEMA [--cases N] [--seed S | --seed random]
+    description_test.py RUNNER SCHEMA [TOOL...] [--cases N] [--seed S | --seed random]
 
-The number of cases comes from OPTRELLA_GENERATED_CASES where --cases does not give it.
+What the tools, by their programs, say of themselves must be what the schema says, too. The number of cases comes from OPTRELLA_GENERATED_CASES where --cases does not give it.
 """
 
 import argparse
@@ -12,6 +12,7 @@ import json
 import os
 import pathlib
 import random
+import subprocess
 import sys
 
 import comparing
@@ -47,6 +48,7 @@ def options_of(arguments):
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("runner", type=os.path.abspath)
     parser.add_argument("schema", type=pathlib.Path)
+    parser.add_argument("tools", nargs="*", type=os.path.abspath)
     parser.add_argument("--cases", type=int,
                         default=int(os.environ.get("OPTRELLA_GENERATED_CASES", "3000")))
     parser.add_argument("--seed", default="1")
@@ -83,6 +85,7 @@ class Test:
     def __init__(self, options):
         self.runner = [options.runner]
         self.seed = options.seed
+        self.tools = options.tools
         self.schema = Schema(options.schema) if jsonschema else None
         self.faults = []
         self.validated = self.judged = self.runs = 0
@@ -91,6 +94,7 @@ class Test:
         if self.schema:
             self.faults += self.schema.faults_of_itself()
             self.validate_curated()
+            self.validate_tools()
         cases = Generator(self.seed)
         for begin in range(0, count, BLOCK):
             if not self.faults:
@@ -99,6 +103,13 @@ class Test:
     def validate_curated(self):
         for line in CURATED.read_text(encoding="utf-8").splitlines():
             self.validate(json.loads(line), described(json.loads(line)["expect"]))
+
+    def validate_tools(self):
+        for tool in self.tools:
+            ran = subprocess.run([tool, "--describe"], capture_output=True, check=False, stdin=subprocess.DEVNULL)
+            if ran.returncode != 0 or ran.stderr:
+                self.fail(tool, f"--describe ended with {ran.returncode}: {ran.stderr}")
+            self.validate(tool, described({"value": ran.stdout}))
 
     def run_block(self, cases):
         # A description is of the conventional reading, whatever else the tool says.
