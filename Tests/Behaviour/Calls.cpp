@@ -270,6 +270,7 @@ constexpr Call calls[] = {
     {"complete", callComplete},
     {"lint", callLint},
     {"description", callDescription},
+    {"manualPage", callManualPage},
 };
 
 }  // namespace

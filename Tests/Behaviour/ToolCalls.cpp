@@ -4,6 +4,7 @@
 #include <Optrella/Description.hpp>
 #include <Optrella/Explain.hpp>
 #include <Optrella/Lint.hpp>
+#include <Optrella/ManualPage.hpp>
 #include <Optrella/Tool.hpp>
 #include <optional>
 
@@ -72,6 +73,7 @@ Tool toolOf(const json& aCase) {
     if (description.contains("version")) tool.version = bytes(description["version"]);
     if (description.contains("summary")) tool.summary = bytes(description["summary"]);
     if (description.contains("spelling")) tool.spelling = spellingOf(description["spelling"]);
+    if (description.contains("manualSection")) tool.manualSection = description["manualSection"];
     for (const json& each : description.value("operands", json::array())) {
         const ParameterProtocol parameter = parameterOf(bytes(at(each, "tag")), aCase);
         tool.operands.emplace_back(parameter, takesOf(each.value("takes", json("one"))));
@@ -191,5 +193,7 @@ json callLint(const json& aCase) {
 }
 
 json callDescription(const json& aCase) { return {{"value", text(description(toolOf(aCase)))}}; }
+
+json callManualPage(const json& aCase) { return {{"value", text(manualPage(toolOf(aCase)))}}; }
 
 }  // namespace Behaviour

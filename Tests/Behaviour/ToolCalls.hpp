@@ -11,6 +11,7 @@ json callExplain(const json& aCase);
 json callComplete(const json& aCase);
 json callLint(const json& aCase);
 json callDescription(const json& aCase);
+json callManualPage(const json& aCase);
 
 }  // namespace Behaviour
 

@@ -11,12 +11,6 @@ namespace Optrella::Internal {
 
 namespace {
 
-// In capitals, which tell it from what is typed as it stands.
-std::string valueName(const SlotRules& rules) noexcept {
-    const Text& name = rules.parameter.common().parameterName;
-    return name.empty() ? "VALUE" : upperCase(name);
-}
-
 void append(std::string& to, const std::string& piece) noexcept {
     if (!to.empty() && !piece.empty()) to += ' ';
     to += piece;
@@ -97,6 +91,11 @@ std::vector<std::string> distinctNames(std::span<const Form* const> forms,
     }
     for (std::string& name : names) name = quoted(name.empty() ? nothing : name);
     return names;
+}
+
+std::string valueName(const SlotRules& rules) noexcept {
+    const Text& name = rules.parameter.common().parameterName;
+    return name.empty() ? "VALUE" : upperCase(name);
 }
 
 std::string label(const SlotRules& rules) noexcept {

@@ -26,6 +26,9 @@ namespace Optrella::Internal {
 [[nodiscard]] std::vector<std::string> distinctNames(std::span<const Form* const> forms,
                                                      std::string_view nothing) noexcept;
 
+// Returns the name of the value in capitals, which tell it from what is typed as it stands.
+[[nodiscard]] std::string valueName(const SlotRules& rules) noexcept;
+
 // Returns what a person calls a parameter: DISK for an operand, '-n' in quotation marks otherwise.
 [[nodiscard]] std::string label(const SlotRules& rules) noexcept;
 
