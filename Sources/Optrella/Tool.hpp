@@ -2,9 +2,11 @@
 //
 // The declarations are those that parse takes. What stands beside them says what people expect of a
 // command line: which parameters may go without their tags, which may be given again, what lists
-// their values. Functions over a Tool are in headers of their own: Explain.hpp, Complete.hpp,
-// Lint.hpp. They print nothing, run no action, stop at nothing that a declaration says, and are
-// safe on any thread. Nothing of this is linked into a tool that does not use it.
+// their values. runTool, at the end, is a tool's whole main. The other functions over a Tool are in
+// headers of their own: Explain.hpp, Complete.hpp, Lint.hpp, HelpPage.hpp, CompletionScript.hpp,
+// ManualPage.hpp, Description.hpp. They print nothing, run no action, stop at nothing that a
+// declaration says, and are safe on any thread. Nothing of this is linked into a tool that does not
+// use it.
 
 #ifndef OPTRELLA_TOOL_HPP
 #define OPTRELLA_TOOL_HPP
@@ -110,6 +112,30 @@ struct OPTRELLA_API Tool {
     Spelling spelling = Spelling::conventional;  // parse itself always reads exactly
     int manualSection = 1;                       // 1, or 8 for administrators' commands
 };
+
+// Does all that a tool's main does, and returns the status for it to return.
+//
+//     int main(int argc, char* argv[]) { return runTool(tool, argc, argv); }
+//
+// The arguments are read conventionally, whatever `spelling` says. The one command that fits runs
+// on a thread of its own, as with parse, once all that its declaration says holds. A root command
+// is handed over to sudo, as with RootCommands::handToSudo: then this does not return. Where
+// nothing fits, what is wrong is said on standard error, unless the line asks what every tool can
+// answer, on standard output: --help, -h, help, --version, --completion SHELL, --manual,
+// --describe.
+//
+//   0 to 255  what the action has left in CommandLineExitStatus; 0 when it left nothing there, and
+//             255 when that is no status
+//   64        the line is wrong: nothing has run
+//   77        root is needed, and sudo cannot take over
+//
+// A shell that completes a line asks by OPTRELLA_COMPLETE in the environment, and is answered
+// before anything else. REQUIRES: no other thread that reads the environment is running yet. STOPS
+// the process when a thread cannot be started, when an argument is a null pointer, and when an
+// operation of a tool's own kind throws.
+[[nodiscard]] OPTRELLA_API int runTool(const Tool& tool, int argc,
+                                       const char* const* argv) noexcept;
+[[nodiscard]] OPTRELLA_API int runTool(const Tool& tool, ArgumentList passedIn) noexcept;
 
 }  // namespace Optrella
 

@@ -120,6 +120,19 @@ json callParse(const json& aCase) {
             {"fetched", run.fetched}};
 }
 
+json callRunTool(const json& aCase) {
+    Run run;
+    Tool tool = toolOf(aCase);
+    tool.commandLines = declarations(aCase, fetchOf(aCase), run);
+    const int status = runTool(tool, texts(at(aCase, "arguments")));
+    const bool ran = run.declaration.has_value();
+    return {{"status", status},
+            {"ran", ran ? json(*run.declaration) : json()},
+            {"worker", ran && run.thread != std::this_thread::get_id()},
+            {"parameters", run.parameters},
+            {"fetched", run.fetched}};
+}
+
 json callDisplayHelp(const json& aCase) {
     Run run;
     displayHelp(declarations(aCase, Fetch::optional, run));
@@ -271,6 +284,7 @@ constexpr Call calls[] = {
     {"lint", callLint},
     {"description", callDescription},
     {"manualPage", callManualPage},
+    {"runTool", callRunTool},
 };
 
 }  // namespace

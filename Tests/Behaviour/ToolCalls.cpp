@@ -65,6 +65,8 @@ Spelling spellingOf(const json& word) {
     throw NoCase("no such spelling: " + word.dump());
 }
 
+}  // namespace
+
 Tool toolOf(const json& aCase) {
     Tool tool;
     tool.commandLines = declarations(aCase);
@@ -83,6 +85,8 @@ Tool toolOf(const json& aCase) {
     }
     return tool;
 }
+
+namespace {
 
 // ---- explain ----
 

@@ -3,9 +3,14 @@
 #ifndef OPTRELLA_TESTS_BEHAVIOUR_TOOLCALLS_HPP
 #define OPTRELLA_TESTS_BEHAVIOUR_TOOLCALLS_HPP
 
+#include <Optrella/Tool.hpp>
+
 #include "Cases.hpp"
 
 namespace Behaviour {
+
+// Returns the tool of a case. Its actions do nothing.
+Optrella::Tool toolOf(const json& aCase);
 
 json callExplain(const json& aCase);
 json callComplete(const json& aCase);

@@ -1,4 +1,4 @@
-// Linked in place of the library's own parse and explain: what a program hands them is linted, and
+// Linked in place of the library's own parse, explain and runTool: what a program hands them is linted, and
 // nothing of it is run. An object's definition wins over an archive's member.
 
 #include <Optrella/Explain.hpp>
@@ -45,5 +45,14 @@ parsingError parse(CommandList commandList, int, const char* const*, RootCommand
 
 Explanation explain(const Tool& tool, ArgumentList) noexcept { lintAndLeave(tool); }
 Explanation explain(const Tool& tool, int, const char* const*) noexcept { lintAndLeave(tool); }
+
+int runTool(const Tool& tool, ArgumentList) noexcept {
+    Tool conventional = tool;
+    conventional.spelling = Spelling::conventional;
+    lintAndLeave(conventional);
+}
+int runTool(const Tool& tool, int, const char* const*) noexcept {
+    return runTool(tool, ArgumentList());
+}
 
 }  // namespace Optrella

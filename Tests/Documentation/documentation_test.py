@@ -12,6 +12,7 @@ import sys
 import tempfile
 import unittest
 
+import picture
 from pages import (FENCED, GETTING_STARTED, SNIPPETS, WITH_NAME, Compiler, WorkingDirectory, blocks,
                    pages, program_of_snippets)
 
@@ -36,6 +37,10 @@ class Documentation(unittest.TestCase):
                     here = WorkingDirectory(work, [programs])
                     for block, session, _ in here.go_through(page, compiler):
                         self.assertEqual(session, block.text)
+
+    def test_the_picture_shows_what_a_user_sees(self):
+        self.assertEqual(picture.PICTURE.read_text(encoding="utf-8"),
+                         picture.drawn(picture.session(programs)))
 
     def test_snippets_compile_and_what_they_assert_is_true(self):
         program, count = program_of_snippets(pages(directory))

@@ -2,7 +2,7 @@
 """The declarations of all examples and of all programs of the pages stand up to lint.
 
 lint_test.py DIRECTORY COMPILER [FLAG...]: the flags are those that compile and link a tool. Each
-program is linked with LintInsteadOfParsing.cpp and run: what it hands to parse or explain is linted.
+program is linked with LintInsteadOfParsing.cpp and run: what it hands to parse, explain or runTool is linted.
 """
 
 import concurrent.futures
@@ -27,7 +27,7 @@ FOUND = {
     "docs/declaring-commands.md: books": [
         ("collision 0 1 'list' '-s'", "the page shows how parse refuses it")],
 }
-# Programs that give nothing to parse or explain, and why.
+# Programs that give nothing to any of these, and why.
 NOT_LINTED = {
     "docs/coming-from.md: wake-getopt": "shows getopt",
     "docs/coming-from.md: wake-cli11": "shows CLI11",

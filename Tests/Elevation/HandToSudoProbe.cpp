@@ -12,11 +12,13 @@
 //   nul           adds a text with a NUL
 //   again PATH    starts itself again by this path, without BEFORE
 //
-// Ends with 77 when no line matches, and with 78 for whatever else parse may answer.
+// Ends with 77 when no line matches, and with 78 for whatever else parse may answer. Started by the
+// name "whole" it calls runTool instead.
 
 #include <unistd.h>
 
 #include <Optrella/Optrella.hpp>
+#include <Optrella/Tool.hpp>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -94,6 +96,10 @@ int main(int argc, char* argv[]) {
     const char* const before = std::getenv("BEFORE");
     std::istringstream wishes(before != nullptr ? before : "");
     for (std::string wish; std::getline(wishes, wish);) prepare(wish, argv);
+    if (std::string_view(argv[0]).ends_with("whole")) {
+        return runTool({.name = "whole", .commandLines = commandLines, .repeated = {step, text}},
+                       argc, argv);
+    }
     const parsingError answer = before != nullptr
                                     ? parse(commandLines, arguments, RootCommands::handToSudo)
                                     : parse(commandLines, argc, argv, RootCommands::handToSudo);

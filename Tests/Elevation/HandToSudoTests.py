@@ -35,6 +35,10 @@ ASKED = re.compile(rb"\[sudo\] password for \w+: \Z")
 BY_HAND = [SUDO, "-u", "#0", "--"]
 
 
+WHOLE = WORK + "/whole"  # a name of the probe's: it calls runTool
+OF_THE_WHOLE = ("the right password", "three wrong passwords", "NOPASSWD")
+
+
 def refusal(why):
     return b"This command must be run as root, and " + why + b".\n"
 
@@ -355,9 +359,16 @@ class ByHand(sudosystem.SystemTest):
                      situation.administrators)
 
     def test_is_as_typed_by_hand(self):
+        self.compare(SITUATIONS, PROBE)
+
+    def test_is_as_typed_by_hand_when_the_tool_is_run_in_one_call(self):
+        os.symlink(PROBE, WHOLE)
+        self.compare([each for each in SITUATIONS if each.name in OF_THE_WHOLE], WHOLE)
+
+    def compare(self, situations, tool):
         left_out = collections.Counter()
         compared = 0
-        for situation in SITUATIONS:
+        for situation in situations:
             self.set_up(situation)
             endings = []
             for ending in ENDINGS:
@@ -367,7 +378,7 @@ class ByHand(sudosystem.SystemTest):
                     endings.append(ending)
                     os.makedirs(self.directory(situation, ending))
                     os.chmod(self.directory(situation, ending), 0o777)
-            results = in_parallel(lambda ending: self.both(situation, ending), endings)
+            results = in_parallel(lambda ending: self.both(situation, ending, tool), endings)
             for ending, result in zip(endings, results):
                 with self.subTest(f"{situation.name} / {ending.name}"):
                     compared += 1
@@ -380,9 +391,9 @@ class ByHand(sudosystem.SystemTest):
     def directory(self, situation, ending):
         return f"{WORK}/{SITUATIONS.index(situation)}-{ENDINGS.index(ending)}"
 
-    def both(self, situation, ending):
+    def both(self, situation, ending, tool):
         directory = self.directory(situation, ending)
-        command = steps(*ending.steps)
+        command = steps(*ending.steps, tool=tool)
         ours = Run(situation, ending, command, directory).play()
         ours["logged"] = logged(directory)
         by_hand = Run(situation, ending, BY_HAND + command, directory).play()
@@ -538,6 +549,14 @@ class WhatIsStarted(sudosystem.SystemTest):
         self.assertEqual(tool.finish(), NO_MATCHING_LINE)
         self.assertTrue(tool.output.startswith(b"Validation of parameter -f failed"), tool.output)
         self.assertEqual(tool.errors, b"")
+
+    def test_says_what_is_wrong_in_the_tools_name_when_it_is_run_in_one_call(self):
+        os.symlink(PROBE, WHOLE)
+        tool = self.start(WHOLE, "root", "-f", WORK + "/absent")
+        self.assertEqual((tool.finish(), tool.output, tool.errors), (
+            64, b"", b"whole: '-f': %s/absent does not exist\n" % WORK.encode()))
+        tool = self.start(SUDO, "-u", "tplain", WHOLE, "root")
+        self.assertEqual((tool.finish(), tool.output, tool.errors), (77, b"", b"whole: " + ANOTHER_USER))
 
     def test_comes_after_what_the_tool_has_printed(self):
         self.expect_output(b"first, second\n", *steps("say second", "write"),

@@ -1,6 +1,7 @@
 #include "FakePlatform.hpp"
 
 #include <cstdio>
+#include <cstdlib>
 #include <thread>
 
 #include "Optrella/Platform/ChildProcess.hpp"
@@ -11,6 +12,7 @@
 #include "Optrella/Platform/OwnProgram.hpp"
 #include "Optrella/Platform/PasswordCheck.hpp"
 #include "Optrella/Platform/Process.hpp"
+#include "Optrella/Platform/Screen.hpp"
 #include "Optrella/Platform/StandardStreams.hpp"
 #include "Optrella/Platform/StartArguments.hpp"
 #include "Optrella/Platform/Terminal.hpp"
@@ -90,6 +92,20 @@ void logInfo(const Log& log, std::string_view label, std::string_view message) {
 }
 
 std::string nameOfRoot() { return platform().nameOfRoot; }
+
+std::optional<std::string> takeVariable(const char* name) {
+    const char* value = std::getenv(name);
+    if (value == nullptr) return std::nullopt;
+    std::string taken = value;
+    ::unsetenv(name);
+    return taken;
+}
+
+std::optional<std::size_t> screenColumns(Stream stream) noexcept {
+    return stream == Stream::output ? platform().outputColumns : platform().errorColumns;
+}
+
+bool isTerminal(Stream stream) noexcept { return screenColumns(stream).has_value(); }
 
 bool hasRightsOfRoot() noexcept { return platform().hasRightsOfRoot; }
 

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -42,6 +43,8 @@ struct FakePlatform {
     std::vector<std::string> childBlocks;  // what a child writes
     bool canStartChildren = true;
     bool hasRightsOfRoot = false;
+    std::optional<std::size_t> outputColumns{};  // of terminals that the streams lead to
+    std::optional<std::size_t> errorColumns{};
     std::string nameOfRoot = "root";
     std::optional<std::string> ownProgram = "/there/tool";
     int replacementError = 2;  // of a process that cannot be replaced: no process here can

@@ -15,6 +15,11 @@ namespace Optrella::Platform {
 // Returns the process's environment as it is now, null at its end.
 [[nodiscard]] char** environment() noexcept;
 
+// Returns the value of a variable of the environment, nothing when there is none, and removes it:
+// programs that are started from now on do not get it. Not while another thread reads the
+// environment.
+[[nodiscard]] std::optional<std::string> takeVariable(const char* name);
+
 // Returns whether the process has the rights of root: by its effective user.
 [[nodiscard]] bool hasRightsOfRoot() noexcept;
 

@@ -10,6 +10,7 @@ namespace Optrella::Internal {
 
 namespace {
 
+constexpr CodePoint::Value zeroWidthNonJoiner = 0x200C;
 constexpr CodePoint::Value zeroWidthJoiner = 0x200D;
 constexpr CodePoint::Value emojiSelector = 0xFE0F;
 
@@ -63,6 +64,12 @@ bool isControl(CodePoint::Value c) noexcept {
     return c < 0x20 || (c >= 0x7F && c <= 0x9F) || isSeparator;
 }
 
+// Within words of many scripts; elsewhere without effect.
+bool isShaping(CodePoint::Value c) noexcept {
+    const bool isSelector = c >= 0xFE00 && c <= 0xFE0F;
+    return isSelector || c == zeroWidthJoiner || c == zeroWidthNonJoiner;
+}
+
 bool isSkinTone(CodePoint::Value c) noexcept { return c >= 0x1F3FB && c <= 0x1F3FF; }
 
 const char* shortEscape(CodePoint::Value c) noexcept {
@@ -75,6 +82,13 @@ const char* shortEscape(CodePoint::Value c) noexcept {
             return "\\n";
         case '\r':
             return "\\r";
+        default:
+            return nullptr;
+    }
+}
+
+const char* escapeInQuotation(CodePoint::Value c) noexcept {
+    switch (c) {
         case '"':
             return "\\\"";
         case '\'':
@@ -82,7 +96,7 @@ const char* shortEscape(CodePoint::Value c) noexcept {
         case '\\':
             return "\\\\";
         default:
-            return nullptr;
+            return shortEscape(c);
     }
 }
 
@@ -110,27 +124,31 @@ private:
     Place place_ = outside;
 };
 
-}  // namespace
-
 // Rarely called: small rather than fast.
-[[gnu::cold]] void appendEscaped(std::string& to, std::string_view bytes) noexcept {
+[[gnu::cold]] void append(std::string& to, std::string_view bytes, bool isQuotation) noexcept {
     EmojiSequence emoji;
     BracedNumber braced;
     while (!bytes.empty()) {
         const CodePoint next = firstCodePoint(bytes);
+        const CodePoint::Value c = next.value;
         std::string_view shown = bytes.substr(0, next.size);
         bytes.remove_prefix(next.size);
-        const bool isEmoji = emoji.continues(next.value, bytes);
+        const bool mayStay = emoji.continues(c, bytes) || (!isQuotation && isShaping(c));
         if (!next.isValid()) {
             shown = braced('x', static_cast<unsigned char>(shown.front()));
-        } else if (const char* escape = shortEscape(next.value)) {
+        } else if (const char* escape = isQuotation ? escapeInQuotation(c) : shortEscape(c)) {
             shown = escape;
-        } else if (isControl(next.value) || isNoncharacter(next.value) ||
-                   (isIgnorable(next.value) && !isEmoji)) {
-            shown = braced('u', static_cast<std::uint32_t>(next.value));
+        } else if (isControl(c) || isNoncharacter(c) || (isIgnorable(c) && !mayStay)) {
+            shown = braced('u', static_cast<std::uint32_t>(c));
         }
         to += shown;
     }
 }
+
+}  // namespace
+
+void appendEscaped(std::string& to, std::string_view bytes) noexcept { append(to, bytes, true); }
+
+void appendPrintable(std::string& to, std::string_view bytes) noexcept { append(to, bytes, false); }
 
 }  // namespace Optrella::Internal

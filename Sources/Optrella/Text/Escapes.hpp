@@ -1,4 +1,5 @@
-// Escapes.hpp - how bytes are shown within quotation marks, so that a user sees what there is.
+// Escapes.hpp - how bytes are shown, so that a user sees what there is and a terminal obeys
+// nothing.
 
 #ifndef OPTRELLA_TEXT_ESCAPES_HPP
 #define OPTRELLA_TEXT_ESCAPES_HPP
@@ -14,6 +15,10 @@ namespace Optrella::Internal {
 // Unicode calls ignorable: invisible characters and those that turn the direction of writing.
 // Within an emoji sequence the joiner and the selector of colours have an effect and stay.
 void appendEscaped(std::string& to, std::string_view bytes) noexcept;
+
+// Does the same for what is no quotation: quotation marks and backslashes stay, and so does what
+// joins letters or chooses their shape.
+void appendPrintable(std::string& to, std::string_view bytes) noexcept;
 
 }  // namespace Optrella::Internal
 

@@ -86,6 +86,18 @@ Grammar::Grammar(const Tool& tool) noexcept : spelling(tool.spelling) {
     forms.reserve(tool.commandLines.size());
     for (const CommandLinePossibility& each : tool.commandLines)
         forms.emplace_back(each, vocabulary);
+    addWhatTheToolSays(tool);
+}
+
+Grammar::Grammar(const Tool& tool,
+                 std::span<const CommandLinePossibility* const> declarations) noexcept
+    : spelling(tool.spelling) {
+    forms.reserve(declarations.size());
+    for (const CommandLinePossibility* each : declarations) forms.emplace_back(*each, vocabulary);
+    addWhatTheToolSays(tool);
+}
+
+void Grammar::addWhatTheToolSays(const Tool& tool) noexcept {
     // As parse reads, neither means anything.
     if (isExact()) return;
     for (const Operand& operand : tool.operands) {

@@ -79,15 +79,20 @@ private:
     bool isHidden_;
 };
 
-// All declarations of a tool. Views them.
+// The declarations of a tool. Views them.
 struct Grammar {
     explicit Grammar(const Tool& tool) noexcept;
+    // Of some of its declarations, in their order.
+    Grammar(const Tool& tool, std::span<const CommandLinePossibility* const> declarations) noexcept;
 
     [[nodiscard]] bool isExact() const noexcept { return spelling == Spelling::exact; }
 
     Spelling spelling;
     Vocabulary vocabulary;  // tags, and the first tags of choices
     std::vector<Form> forms;
+
+private:
+    void addWhatTheToolSays(const Tool& tool) noexcept;
 };
 
 // Returns whether the parameter's first tag is a word.

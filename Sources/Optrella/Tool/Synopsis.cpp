@@ -16,12 +16,17 @@ void append(std::string& to, const std::string& piece) noexcept {
     to += piece;
 }
 
-std::string tagsAndValue(const SlotRules& rules) noexcept {
+std::string tags(const SlotRules& rules) noexcept {
     std::string written;
     for (const Text& tag : rules.tags()) {
         if (!written.empty()) written += '|';
         written += static_cast<std::string_view>(tag);
     }
+    return written;
+}
+
+std::string tagsAndValue(const SlotRules& rules) noexcept {
+    std::string written = tags(rules);
     if (rules.takesValue) append(written, valueName(rules));
     return written;
 }
@@ -36,38 +41,49 @@ std::string written(const SlotRules& rules) noexcept {
     return piece;
 }
 
-template <class Condition>
-void appendAll(std::string& to, const Form& form, Condition condition) noexcept {
-    for (const SlotRules& rules : form.slots()) {
-        if (!rules.takes && condition(rules)) append(to, written(rules));
-    }
-}
-
-std::string synopsis(const Form& form, bool isShort) noexcept {
-    std::string line;
-    appendAll(line, form, [](const SlotRules& rules) { return rules.isRequiredWord; });
-    appendAll(line, form,
-              [](const SlotRules& rules) { return rules.isRequired && !rules.isRequiredWord; });
-    if (isShort) {
-        append(line, "[OPTIONS]");
-    } else {
-        appendAll(line, form, [](const SlotRules& rules) { return !rules.isRequired; });
-    }
-    for (const Slot operand : form.operands()) append(line, written(form.slot(operand)));
-    return line;
-}
-
 bool hasOptions(const Form& form) noexcept {
     return std::any_of(form.slots().begin(), form.slots().end(),
                        [](const SlotRules& rules) { return !rules.isRequired && !rules.takes; });
 }
 
+std::string synopsis(const Form& form, Extent extent) noexcept {
+    std::string line;
+    for (const SynopsisPart& part : synopsisParts(form, extent)) append(line, part.text);
+    return line;
+}
+
 }  // namespace
 
+std::vector<SynopsisPart> synopsisParts(const Form& form, Extent extent) noexcept {
+    std::vector<SynopsisPart> parts;
+    const auto addAll = [&parts, &form](auto condition) {
+        for (const SlotRules& rules : form.slots()) {
+            if (rules.takes || !condition(rules)) continue;
+            const bool isCommandWord = rules.isRequired && isWord(rules.tags());
+            parts.push_back({written(rules), isCommandWord ? tags(rules).size() : 0});
+        }
+    };
+    addAll([](const SlotRules& rules) { return rules.isRequiredWord; });
+    addAll([](const SlotRules& rules) { return rules.isRequired && !rules.isRequiredWord; });
+    if (extent == Extent::whole) {
+        addAll([](const SlotRules& rules) { return !rules.isRequired; });
+    } else if (hasOptions(form)) {
+        parts.push_back({"[OPTIONS]", 0});
+    }
+    for (const Slot operand : form.operands()) {
+        parts.push_back({written(form.slot(operand)), 0});
+    }
+    return parts;
+}
+
 std::string synopsis(const Form& form, std::size_t width) noexcept {
-    std::string line = synopsis(form, false);
-    if (columns(line) <= width || !hasOptions(form)) return line;
-    return synopsis(form, true);
+    std::string line = synopsis(form, Extent::whole);
+    return columns(line) <= width ? line : synopsis(form, Extent::shortened);
+}
+
+std::string valueName(const SlotRules& rules) noexcept {
+    const Text& name = rules.parameter.common().parameterName;
+    return name.empty() ? "VALUE" : upperCase(name);
 }
 
 std::string commandName(const Form& form) noexcept {
@@ -77,7 +93,7 @@ std::string commandName(const Form& form) noexcept {
             append(name, rules.tags().front().str());
         }
     }
-    return name.empty() ? synopsis(form, false) : name;
+    return name.empty() ? synopsis(form, Extent::whole) : name;
 }
 
 std::vector<std::string> distinctNames(std::span<const Form* const> forms,
@@ -87,15 +103,10 @@ std::vector<std::string> distinctNames(std::span<const Form* const> forms,
     const std::set<std::string> different(names.begin(), names.end());
     if (different.size() < names.size()) {
         names.clear();
-        for (const Form* form : forms) names.push_back(synopsis(*form, false));
+        for (const Form* form : forms) names.push_back(synopsis(*form, Extent::whole));
     }
     for (std::string& name : names) name = quoted(name.empty() ? nothing : name);
     return names;
-}
-
-std::string valueName(const SlotRules& rules) noexcept {
-    const Text& name = rules.parameter.common().parameterName;
-    return name.empty() ? "VALUE" : upperCase(name);
 }
 
 std::string label(const SlotRules& rules) noexcept {

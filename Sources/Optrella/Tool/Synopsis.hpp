@@ -4,6 +4,7 @@
 #define OPTRELLA_TOOL_SYNOPSIS_HPP
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -12,6 +13,22 @@
 #include "Optrella/Tool/Grammar.hpp"
 
 namespace Optrella::Internal {
+
+// How much of a declaration is written.
+enum class Extent : std::uint8_t {
+    whole,
+    shortened,  // "[OPTIONS]" stands for those that need not be given
+};
+
+// A part of a synopsis: "list|ls", "create NAME", "[-s|--sort ORDER]".
+struct SynopsisPart {
+    std::string text;
+    std::size_t wordSize;  // of the command's word that it begins with: 7, 6, 0 bytes
+};
+
+// Returns the words, the options, the operands. Their texts are as they were declared: nothing is
+// escaped.
+[[nodiscard]] std::vector<SynopsisPart> synopsisParts(const Form& form, Extent extent) noexcept;
 
 // Returns "list [-s|--sort ORDER] DISK...": the words, the options, the operands. Where that is
 // wider than `width` columns, "[OPTIONS]" stands for those that need not be given.

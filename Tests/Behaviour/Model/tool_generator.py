@@ -28,14 +28,16 @@ NUMBERS = ("5", "-5", "0", "+3", "12", "-12", "99", "abc", "", "-", "5x", "-9223
 UUID = "0f8fad5b-d9cb-469f-a165-70867728950e"
 PATHS = ("file", "dir", "missing")
 KINDS_DRAWN = ("ParameterNone", *KINDS, "ParameterNone", "ParameterString")
-CALLS = ("explain", "complete", "lint")
-WEIGHTS = (48, 42, 10)
+CALLS = ("explain", "complete", "lint", "runTool")
+WEIGHTS = (40, 35, 10, 15)
 
 
 class Generator(generator.Generator):
     def next_case(self, call=None):
         call = call or self.random.choices(CALLS, WEIGHTS)[0]
         declarations = self.tool_declarations(call)
+        if call == "runTool":  # whoever is not root would hand over to sudo
+            declarations = [it | {"requiresRoot": False} for it in declarations]
         tool = self.tool(declarations)
         return {"call": call, "declarations": declarations, "tool": tool} | getattr(
             self, "keys_of_" + call)(declarations, tool)
@@ -237,6 +239,10 @@ class Generator(generator.Generator):
         if self.chance(0.03):
             return {"arguments": []}
         return {"arguments": self.tool_line(declarations, tool)}
+
+    def keys_of_runTool(self, declarations, tool):
+        tool = tool | {"spelling": "conventional"}
+        return {"arguments": ["items", *self.keys_of_explain(declarations, tool)["arguments"]]}
 
     def keys_of_complete(self, declarations, tool):
         line = self.tool_line(declarations, tool) if self.chance(0.8) else []

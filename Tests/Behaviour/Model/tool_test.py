@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Feeds drawn cases about tools to the behaviour runner and compares its observations with the model's.
 
-    tool_test.py RUNNER [--cases N] [--seed S | --seed random] [--call explain|complete|lint]
+    tool_test.py RUNNER [--cases N] [--seed S | --seed random] [--call explain|complete|lint|runTool]
 
 Exit status 1 when one case differs; a differing case is reduced to a small one first. The number of cases
 comes from OPTRELLA_GENERATED_CASES where --cases does not give it.

@@ -4,6 +4,7 @@ import completing
 import explaining
 import linting
 import rules
+import running
 import searching
 import spelling
 from comparing import ERRORS, first_difference, same
@@ -34,7 +35,11 @@ def findings(_case, tool):
     return {"findings": linting.findings_of(tool)}
 
 
-ANSWERS = {"explain": explanation, "complete": completion, "lint": findings}
+def outcome(case, tool):
+    return running.run(tool, case)
+
+
+ANSWERS = {"explain": explanation, "complete": completion, "lint": findings, "runTool": outcome}
 
 
 def difference(case, expected, observed):
@@ -51,7 +56,11 @@ def difference(case, expected, observed):
         observed = observed | {"findings": expected["findings"]}
     if case["call"] == "explain" and (fault := fault_of_words(case, observed)):
         return fault
+    if case["call"] == "runTool" and (fault := running.fault_of_words(case, observed)):
+        return fault
     for name in expected:
+        if name in left_open(case, expected):
+            continue
         seen = comparable(name, observed[name])
         if not same(comparable(name, expected[name]), seen):
             return f"{name}: " + first_difference(expected[name], seen)
@@ -68,6 +77,14 @@ def fault_of_words(case, observed):
     if not all(from_json(line).startswith(name + ": ") for line in observed["words"]):
         return "words: each line begins with the tool's name"
     return None
+
+
+def left_open(case, expected):
+    """What the model does not say."""
+    if case["call"] != "runTool" or expected["ran"] is not None:
+        return ()
+    line = list(rules.texts_of(case["arguments"]))[1:]
+    return ("status", "stdout", "stderr") if running.may_ask(line) else ("stdout", "stderr")
 
 
 def comparable(name, value):

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 namespace Optrella::Platform {
@@ -17,6 +18,14 @@ sigset_t maskOfStart;
 [[gnu::constructor(101)]] void keepMask() { ::pthread_sigmask(SIG_SETMASK, nullptr, &maskOfStart); }
 
 }  // namespace
+
+std::optional<std::string> takeVariable(const char* name) {
+    const char* value = std::getenv(name);
+    if (value == nullptr) return std::nullopt;
+    std::string taken = value;
+    ::unsetenv(name);
+    return taken;
+}
 
 bool hasRightsOfRoot() noexcept { return ::geteuid() == 0; }
 

@@ -1,0 +1,38 @@
+// CommandTable.hpp - many commands, each in a line.
+
+#ifndef OPTRELLA_HELPPAGE_COMMANDTABLE_HPP
+#define OPTRELLA_HELPPAGE_COMMANDTABLE_HPP
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "Optrella/HelpPage/Command.hpp"
+#include "Optrella/HelpPage/Sheet.hpp"
+
+namespace Optrella::Internal {
+
+// Those that begin with the same word stand together, where the first of them is declared.
+class CommandTable {
+public:
+    CommandTable(std::span<const Command> commands, std::size_t width) noexcept;
+
+    // Returns whether one of them has a name.
+    [[nodiscard]] bool hasNames() const noexcept { return hasNames_; }
+    // Returns the names in the order of the table with the first sentence of each help.
+    [[nodiscard]] const std::vector<Row>& rows() const noexcept { return rows_; }
+    // Writes them, with empty lines around those that begin with the same word.
+    void writeTo(Sheet& sheet, std::size_t begin, std::size_t column) const noexcept;
+
+private:
+    [[nodiscard]] Prose nameOf(const Command& command, std::size_t width) const noexcept;
+
+    std::span<const Command> commands_;
+    std::vector<std::vector<const Command*>> groups_;
+    std::vector<Row> rows_;
+    bool hasNames_ = false;
+};
+
+}  // namespace Optrella::Internal
+
+#endif

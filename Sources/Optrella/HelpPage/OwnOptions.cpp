@@ -1,0 +1,73 @@
+#include "Optrella/HelpPage/OwnOptions.hpp"
+
+#include <algorithm>
+
+#include "Optrella/HelpPage/Entries.hpp"
+
+namespace Optrella::Internal {
+
+namespace {
+
+constexpr Text helpTags[] = {"-h", "--help"};
+constexpr Text versionTag[] = {"--version"};
+
+struct PackagersOption {
+    Text tag;
+    const char* value;
+};
+constexpr PackagersOption packagersOptions[] = {
+    {"--completion", "bash|zsh|fish"}, {"--manual", ""}, {"--describe", ""}};
+
+void addRow(std::vector<Row>& rows, std::span<const Text> tags, std::string_view help) noexcept {
+    if (tags.empty()) return;
+    Row& row = rows.emplace_back();
+    row.label = labelOf(tags);
+    row.help.addText(help);
+}
+
+}  // namespace
+
+std::vector<Text> OwnOptions::free(std::span<const Text> tags) const noexcept {
+    std::vector<Text> free;
+    for (const Text& tag : tags) {
+        const Symbol symbol = grammar_.vocabulary.find(tag);
+        const auto hasIt = [symbol](const Form& form) { return form.ownerOf(symbol) != noSlot; };
+        if (std::none_of(grammar_.forms.begin(), grammar_.forms.end(), hasIt)) free.push_back(tag);
+    }
+    return free;
+}
+
+std::optional<Text> OwnOptions::help() const noexcept {
+    const std::vector<Text> tags = free(helpTags);
+    return tags.empty() ? std::nullopt : std::optional(tags.back());
+}
+
+std::vector<Row> OwnOptions::ofCommand() const noexcept {
+    std::vector<Row> rows;
+    addRow(rows, free(helpTags), "Show this help");
+    return rows;
+}
+
+std::vector<Row> OwnOptions::ofTool(std::string_view helpOfHelp) const noexcept {
+    std::vector<Row> rows;
+    addRow(rows, free(helpTags), helpOfHelp);
+    if (!tool_.version.empty()) addRow(rows, free(versionTag), "Show the version");
+    return rows;
+}
+
+Prose OwnOptions::ofPackagers() const noexcept {
+    Prose options;
+    for (const PackagersOption& option : packagersOptions) {
+        if (free({&option.tag, 1}).empty()) continue;
+        if (!options.empty()) options.add(",", Style::plain, Join::none);
+        options.add(option.tag, Style::typed);
+        options.add(option.value, Style::plain, Join::inner);
+    }
+    if (options.empty()) return options;
+    Prose line;
+    line.add("For packagers:", Style::heading);
+    line.add(options, Join::space);
+    return line;
+}
+
+}  // namespace Optrella::Internal

@@ -1,0 +1,39 @@
+// OwnOptions.hpp - what every tool answers by itself.
+
+#ifndef OPTRELLA_HELPPAGE_OWNOPTIONS_HPP
+#define OPTRELLA_HELPPAGE_OWNOPTIONS_HPP
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "Optrella/HelpPage/Sheet.hpp"
+#include "Optrella/Tool/Grammar.hpp"
+
+namespace Optrella::Internal {
+
+// A tag that a declaration has is the declaration's.
+class OwnOptions {
+public:
+    OwnOptions(const Tool& tool, const Grammar& grammar) noexcept
+        : tool_(tool), grammar_(grammar) {}
+
+    // Returns how help is asked for, if it can be.
+    [[nodiscard]] std::optional<Text> help() const noexcept;
+    // Return the row of help, and of help and the version.
+    [[nodiscard]] std::vector<Row> ofCommand() const noexcept;
+    [[nodiscard]] std::vector<Row> ofTool(std::string_view helpOfHelp) const noexcept;
+    // Returns those for who builds a package of the tool.
+    [[nodiscard]] Prose ofPackagers() const noexcept;
+
+private:
+    [[nodiscard]] std::vector<Text> free(std::span<const Text> tags) const noexcept;
+
+    const Tool& tool_;
+    const Grammar& grammar_;
+};
+
+}  // namespace Optrella::Internal
+
+#endif
