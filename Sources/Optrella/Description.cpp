@@ -21,9 +21,19 @@ using Internal::StringBuilder;
 
 // ---- JSON ----
 
+// Each piece is a call: small rather than fast.
+[[gnu::noinline]] void appendPiece(StringBuilder& json, std::string_view piece) noexcept {
+    json.append(piece);
+}
+
+template <class... Pieces>
+void append(StringBuilder& json, const Pieces&... pieces) noexcept {
+    (appendPiece(json, pieces), ...);
+}
+
 void appendHex(StringBuilder& json, unsigned byte) noexcept {
     constexpr std::string_view digits = "0123456789abcdef";
-    json.append(digits.substr(byte / 16, 1), digits.substr(byte % 16, 1));
+    append(json, digits.substr(byte / 16, 1), digits.substr(byte % 16, 1));
 }
 
 // JSON itself asks for fewer of them to be escaped: here none divides a line or controls a
@@ -34,44 +44,44 @@ bool isControl(CodePoint::Value value) noexcept {
 
 void appendCodePoint(StringBuilder& json, std::string_view bytes, CodePoint::Value value) noexcept {
     if (value == '"' || value == '\\') {
-        json.append("\\", bytes);
+        append(json, "\\", bytes);
     } else if (value == '\n') {
-        json.append("\\n");
+        append(json, "\\n");
     } else if (isControl(value)) {
-        json.append("\\u");
+        append(json, "\\u");
         appendHex(json, static_cast<unsigned>(value) / 0x100);
         appendHex(json, static_cast<unsigned>(value) % 0x100);
     } else {
-        json.append(bytes);
+        append(json, bytes);
     }
 }
 
 void appendBytes(StringBuilder& json, std::string_view bytes) noexcept {
-    json.append(R"({"hex": ")");
+    append(json, R"({"hex": ")");
     for (const char byte : bytes) appendHex(json, static_cast<unsigned char>(byte));
-    json.append(R"("})");
+    append(json, R"("})");
 }
 
 void appendText(StringBuilder& json, std::string_view text) noexcept {
     if (!Internal::isUTF8(text)) return appendBytes(json, text);
-    json.append("\"");
+    append(json, "\"");
     while (!text.empty()) {
         const CodePoint next = Internal::firstCodePoint(text);
         appendCodePoint(json, text.substr(0, next.size), next.value);
         text.remove_prefix(next.size);
     }
-    json.append("\"");
+    append(json, "\"");
 }
 
 template <class Elements, class Append>
-void appendList(StringBuilder& json, const Elements& elements, Append append) noexcept {
+void appendList(StringBuilder& json, const Elements& elements, Append appendEach) noexcept {
     std::string_view divider = "[";
     for (const auto& each : elements) {
-        json.append(divider);
-        append(json, each);
+        append(json, divider);
+        appendEach(json, each);
         divider = ", ";
     }
-    json.append(elements.size() == 0 ? "[]" : "]");
+    append(json, elements.size() == 0 ? "[]" : "]");
 }
 
 void appendTexts(StringBuilder& json, const Tags& texts) noexcept {
@@ -94,46 +104,46 @@ void appendWhetherValueFollows(StringBuilder& json, const ParameterView& paramet
     const bool follows = parameter.common().hasParameter;
     const bool isFlag = parameter.as<ParameterNone>() != nullptr;
     if (isOfOwnKind(parameter) || follows == isFlag) {
-        json.append(R"(, "hasParameter": )", wordOf(follows));
+        append(json, R"(, "hasParameter": )", wordOf(follows));
     }
 }
 
 void appendOption(StringBuilder& json, const ParameterNone& option) noexcept {
-    json.append(R"({"tags": )");
+    append(json, R"({"tags": )");
     appendTexts(json, option.common.tags);
-    json.append(R"(, "tagHelp": )");
+    append(json, R"(, "tagHelp": )");
     appendText(json, option.common.tagHelp);
-    json.append("}");
+    append(json, "}");
 }
 
 void appendFieldsOfKind(StringBuilder& json, const ParameterView& parameter) noexcept {
     if (const auto* number = parameter.as<ParameterNumber>()) {
-        json.append(R"(, "min": )", std::to_string(*number->rangeMin()));
-        json.append(R"(, "max": )", std::to_string(*number->rangeMax()));
+        append(json, R"(, "min": )", std::to_string(*number->rangeMin()));
+        append(json, R"(, "max": )", std::to_string(*number->rangeMax()));
     } else if (const auto* list = parameter.as<ParameterList>()) {
-        json.append(R"(, "validOptions": )");
+        append(json, R"(, "validOptions": )");
         appendList(json, list->validOptions(), appendOption);
     } else if (const auto* path = parameter.as<ParameterFileURL>()) {
-        json.append(R"(, "type": ")", rawValue(path->type), "\"");
-        json.append(R"(, "state": ")", rawValue(path->state), "\"");
+        append(json, R"(, "type": ")", rawValue(path->type), "\"");
+        append(json, R"(, "state": ")", rawValue(path->state), "\"");
     }
 }
 
 void appendParameter(StringBuilder& json, const ParameterView& parameter) noexcept {
     const commonDetails& common = parameter.common();
-    json.append(R"({"kind": )");
+    append(json, R"({"kind": )");
     appendText(json, parameter.operations().name);
-    json.append(R"(, "tags": )");
+    append(json, R"(, "tags": )");
     appendTexts(json, common.tags);
     appendWhetherValueFollows(json, parameter);
     if (common.hasParameter) {
-        json.append(R"(, "parameterName": )");
+        append(json, R"(, "parameterName": )");
         appendText(json, common.parameterName);
     }
     appendFieldsOfKind(json, parameter);
-    json.append(R"(, "tagHelp": )");
+    append(json, R"(, "tagHelp": )");
     appendText(json, common.tagHelp);
-    json.append("}");
+    append(json, "}");
 }
 
 // ---- The tool ----
@@ -152,43 +162,43 @@ std::string_view wordOf(Takes takes) noexcept {
 
 // Those that are named after a parameter without tags mean none.
 template <class Named>
-std::vector<Named> thatName(const std::vector<Named>& all) noexcept {
-    std::vector<Named> named;
+std::vector<const Named*> thatName(const std::vector<Named>& all) noexcept {
+    std::vector<const Named*> named;
     for (const Named& each : all) {
-        if (each.firstTag()) named.push_back(each);
+        if (each.firstTag()) named.push_back(&each);
     }
     return named;
 }
 
-void appendOperand(StringBuilder& json, const Operand& operand) noexcept {
-    json.append(R"({"tag": )");
-    appendText(json, *operand.firstTag());
-    json.append(R"(, "takes": ")", wordOf(operand.takes()), R"("})");
+void appendOperand(StringBuilder& json, const Operand* operand) noexcept {
+    append(json, R"({"tag": )");
+    appendText(json, *operand->firstTag());
+    append(json, R"(, "takes": ")", wordOf(operand->takes()), R"("})");
 }
 
 void appendDeclaration(StringBuilder& json, const CommandLinePossibility& declaration) noexcept {
-    json.append(R"({"requiresRoot": )", wordOf(Declaration::requiresRoot(declaration)));
-    json.append(R"(, "help": )");
+    append(json, R"({"requiresRoot": )", wordOf(Declaration::requiresRoot(declaration)));
+    append(json, R"(, "help": )");
     appendText(json, Declaration::help(declaration));
-    json.append(R"(, "hidden": )", wordOf(Declaration::hidden(declaration)), R"(, "required": )");
+    append(json, R"(, "hidden": )", wordOf(Declaration::hidden(declaration)), R"(, "required": )");
     appendList(json, Declaration::required(declaration), appendParameter);
-    json.append(R"(, "optional": )");
+    append(json, R"(, "optional": )");
     appendList(json, Declaration::optional(declaration), appendParameter);
-    json.append("}");
+    append(json, "}");
 }
 
 void appendSurroundings(StringBuilder& json, const Tool& tool) noexcept {
-    json.append("{\"optrella\": 1,\n \"name\": ");
+    append(json, "{\"optrella\": 1,\n \"name\": ");
     appendText(json, tool.name);
-    json.append(",\n \"version\": ");
+    append(json, ",\n \"version\": ");
     appendText(json, tool.version);
-    json.append(",\n \"summary\": ");
+    append(json, ",\n \"summary\": ");
     appendText(json, tool.summary);
-    json.append(",\n \"operands\": ");
+    append(json, ",\n \"operands\": ");
     appendList(json, thatName(tool.operands), appendOperand);
-    json.append(",\n \"repeated\": ");
+    append(json, ",\n \"repeated\": ");
     appendList(json, thatName(tool.repeated),
-               [](StringBuilder& to, const Repeated& each) { appendText(to, *each.firstTag()); });
+               [](StringBuilder& to, const Repeated* each) { appendText(to, *each->firstTag()); });
 }
 
 }  // namespace
@@ -196,14 +206,14 @@ void appendSurroundings(StringBuilder& json, const Tool& tool) noexcept {
 Text description(const Tool& tool) noexcept {
     StringBuilder json;
     appendSurroundings(json, tool);
-    json.append(",\n \"declarations\": [");
+    append(json, ",\n \"declarations\": [");
     std::string_view divider = "\n  ";
     for (const CommandLinePossibility& each : tool.commandLines) {
-        json.append(divider);
+        append(json, divider);
         appendDeclaration(json, each);
         divider = ",\n  ";
     }
-    json.append(tool.commandLines.empty() ? "" : "\n ", "]}\n");
+    append(json, tool.commandLines.empty() ? "" : "\n ", "]}\n");
     return json.from(0);
 }
 
