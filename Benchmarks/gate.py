@@ -46,6 +46,9 @@ def measured():
         heap = measure.counted(tool, ["help"])
         figures[f"{what}: heap calls"] = heap["declare calls"]
         figures[f"{what}: heap bytes"] = heap["declare bytes"]
+    for count in (10, 100):
+        figures[f"runTool {count}, the process: instructions"] = measure.instructions(
+            f"runtool-static-{count}", WHOLE, measure.command_line(f"plain-{count}"))
     for _, question, count, arguments, _ in rows.QUESTIONS:
         figures[f"{question} {count}, {len(arguments)} arguments: instructions"] = measure.instructions(
             f"questions-{count}", WHOLE, [question, *arguments])

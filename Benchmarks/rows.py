@@ -192,7 +192,7 @@ def help_rows():
 def process_rows():
     arguments = given(10)
     yield ratio("12", "whole process, static libstdc++, against an empty C main",
-                instructions("optrella-static", WHOLE, arguments), instructions("empty", WHOLE), 1.5, 1.4,
+                instructions("optrella-static-10", WHOLE, arguments), instructions("empty", WHOLE), 1.5, 1.4,
                 both="the process; ours declares ten commands, runs one with five options on its worker")
     yield ratio("13", "whole process, shared libstdc++, against the getopt_long tool",
                 instructions("optrella-shared", WHOLE, arguments),
@@ -211,21 +211,25 @@ def process_rows():
               f"{detail}; a command that runs: {counted('plain-10', arguments)['threads']}", "{:.0f}")
 
 
+def compiling(headers, rounds):
+    """Medians of the seconds that a file takes which includes no more than a header."""
+    commands = {}
+    for header in headers:
+        source = BUILD / f"include-{pathlib.Path(header).stem}.cpp"
+        source.write_text(f"#include <{header}>\nint main() {{}}\n")
+        commands[header] = ["g++", "-std=c++20", "-O2", "-I", measure.ROOT / "Sources",
+                            "-c", source, "-o", "/dev/null"]
+    return [processor for _, processor in measure.in_rounds(commands, rounds).values()]
+
+
 def compile_row(rounds=5):
     row = Row("16", "compiling the smallest file, times faster than CLI11", None, 12, 50,
               "the peer is not installed", at_least=True)
     if not measure.is_built("cli11-plain-10"):
         return row
-    commands = {}
-    for name, header in (("ours", "Optrella/Optrella.hpp"), ("cli11", "CLI/CLI.hpp")):
-        source = BUILD / f"include-{name}.cpp"
-        source.write_text(f"#include <{header}>\nint main() {{}}\n")
-        commands[name] = ["g++", "-std=c++20", "-O2", "-I", measure.ROOT / "Sources",
-                          "-c", source, "-o", "/dev/null"]
-    seconds = {name: processor for name, (_, processor) in measure.in_rounds(commands, rounds).items()}
-    row.value = seconds["cli11"] / seconds["ours"]
-    row.detail = (f"{seconds['ours']:.2f} s against {seconds['cli11']:.2f} s of the processor, "
-                  f"medians of {rounds}")
+    ours, peer = compiling(["Optrella/Optrella.hpp", "CLI/CLI.hpp"], rounds)
+    row.value = peer / ours
+    row.detail = f"{ours:.2f} s against {peer:.2f} s of the processor, medians of {rounds}"
     return row
 
 
@@ -264,6 +268,7 @@ QUESTIONS = [
     ("19d", "complete", 500, ["--name"], 10),
     ("19e", "lint", 100, [], 50),
     ("19f", "lint", 500, [], 1000),
+    ("19g", "answer", 500, [""], 10),
 ]
 
 
@@ -276,9 +281,37 @@ def question_rows(rounds=5):
                   must / 2, f"milliseconds of the processor, the whole process; median of {rounds}", "{:.1f} ms")
 
 
+def run_tool_ratios():
+    for number, count, must in (("20a", 10, 1.1), ("20b", 100, 1.3)):
+        answers = {measure.run([BUILD / f"{tool}-static-{count}", *given(count)]) for tool in ("optrella", "runtool")}
+        if len(answers) != 1:
+            raise SystemExit(f"runTool and parse answer differently: {answers}")
+        yield ratio(number, f"whole process of runTool at N={count}, static libstdc++, against parse",
+                    instructions(f"runtool-static-{count}", WHOLE, given(count)),
+                    instructions(f"optrella-static-{count}", WHOLE, given(count)), must, (1 + must) / 2,
+                    both="the process that runs the command in the middle with five options on its worker")
+
+
+def unused_row():
+    tool, core = stripped("smallest-optrella"), stripped("smallest-core")
+    return Row("20d", "bytes of runTool in a tool that does not call it", tool - core, 0, 0,
+               f"{tool:,}, and {core:,} when it is linked without runTool and what only that needs", "{:,.0f}")
+
+
+def run_tool_rows(rounds=9):
+    yield from run_tool_ratios()
+    tool, core = stripped("smallest-static-runtool"), stripped("smallest-static-optrella")
+    yield Row("20c", "bytes that runTool adds to a stripped tool, static libstdc++", tool - core, 150_000, 120_000,
+              f"{tool:,} against {core:,} with parse and displayHelp", "{:,.0f}")
+    yield unused_row()
+    core, tool = compiling(["Optrella/Optrella.hpp", "Optrella/Tool.hpp"], rounds)
+    yield Row("20e", "compiling a file that includes Tool.hpp, against Optrella.hpp", tool / core, 1.3, 1.2,
+              f"{tool:.2f} s against {core:.2f} s of the processor, medians of {rounds}")
+
+
 def gated_ratios():
     """Both sides are counted in one run, so that no compiler is to blame."""
-    return [*match_ratios(), item_ratio(), help_ratio()]
+    return [*match_ratios(), item_ratio(), help_ratio(), *run_tool_ratios(), unused_row()]
 
 
 def all_rows():
@@ -289,6 +322,7 @@ def all_rows():
     yield size_row()
     yield from accented_rows()
     yield from question_rows()
+    yield from run_tool_rows()
 
 
 # ---- Every parser beside the others ----

@@ -1,4 +1,7 @@
 #include <Optrella/Optrella.hpp>
+#ifdef RUN_TOOL
+#include <Optrella/Tool.hpp>
+#endif
 
 #include "Tool.hpp"
 
@@ -54,8 +57,13 @@ const CommandList tool{commandLines, sizeof commandLines / sizeof(CommandLinePos
 
 void declareCommands() {}
 
+// With RUN_TOOL the whole of main is the library's.
 int runCommandLine(int argc, char* argv[]) {
+#ifdef RUN_TOOL
+    return runTool({.name = "tool", .commandLines = tool}, argc, argv);
+#else
     return parse(tool, argc, argv) == parsingError::NoError ? 0 : 64;
+#endif
 }
 
 void printHelp() { displayHelp(tool); }

@@ -1,11 +1,12 @@
 // A tool that answers questions about itself: QUESTION, and what it is about. Prints how much there
-// is of the answer, so that a wrong one is seen.
+// is of the answer, so that a wrong one is seen. What a shell asks at TAB it answers as any tool.
 
 #include <Optrella/Complete.hpp>
 #include <Optrella/Explain.hpp>
 #include <Optrella/Lint.hpp>
 #include <Optrella/Tool.hpp>
 #include <cstdio>
+#include <cstdlib>
 #include <string_view>
 
 using namespace Optrella;
@@ -41,6 +42,10 @@ int main(int argc, char* argv[]) {
     if (argc < 2) return 64;
     const Tool tool{
         .name = "questions", .commandLines = commandLines, .operands = {{item, Takes::many}}};
+    if (std::string_view(argv[1]) == "answer") {
+        ::setenv("OPTRELLA_COMPLETE", "1", 1);
+        return runTool(tool, argc - 1, argv + 1);
+    }
     const std::vector<Text> line(argv + 2, argv + argc);
     std::printf("%zu\n", answer(tool, argv[1], line));
 }
