@@ -4,7 +4,6 @@
 #include <array>
 #include <span>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 
 #include "Optrella/Text/Characters.hpp"
@@ -97,7 +96,7 @@ private:
         for (const Text& tag : rules.tags()) {
             const Symbol symbol = grammar_.vocabulary.find(tag);
             if (contender.form().ownerOf(symbol) != slot || !lexicon_.mayStand(symbol)) continue;
-            if (!current_.isOf(tag) || (!isReduced_ && words_.contains(tag))) continue;
+            if (!current_.isOf(tag) || (!isReduced_ && isOffered(tag))) continue;
             if (rivals_.leadsOn(contender, symbol, {Use::As::tag, slot})) tags.push_back(tag);
         }
         if (isReduced_ && tags.size() > 1) tags = {longest(tags)};
@@ -135,7 +134,7 @@ private:
             const Text& word = option.common.tags.front();
             const Symbol symbol = grammar_.vocabulary.find(word);
             if (!current_.isOf(word) || !lexicon_.mayStand(symbol)) continue;
-            if (words_.contains(word)) continue;
+            if (isOffered(word)) continue;
             if (!rivals_.leadsOn(contender, symbol, {Use::As::value, slot})) continue;
             add(Rank::value, {.kind = Offer::Kind::choice,
                               .word = word,
@@ -166,7 +165,7 @@ private:
                 offer(value);
                 continue;
             }
-            if (words_.contains(value) || !lexicon_.mayStand(symbol)) continue;
+            if (isOffered(value) || !lexicon_.mayStand(symbol)) continue;
             if (rivals_.leadsOn(contender, symbol, {Use::As::value, slot})) offer(value);
         }
         return true;
@@ -218,12 +217,17 @@ private:
         values.push_back(std::move(offer));
     }
 
+    [[nodiscard]] bool isOffered(const Text& word) const noexcept {
+        return words_.find(word) != Vocabulary::unknown;
+    }
     std::vector<Offer>& ofRank(Rank rank) noexcept {
         return offers_[static_cast<std::size_t>(rank)];
     }
 
     void add(Rank rank, Offer offer) noexcept {
-        if (words_.insert(*offer.word).second) ofRank(rank).push_back(std::move(offer));
+        if (isOffered(*offer.word)) return;
+        words_.add(*offer.word);
+        ofRank(rank).push_back(std::move(offer));
     }
 
     const Grammar grammar_;
@@ -233,7 +237,7 @@ private:
     const bool isReduced_;
     std::vector<Listed> listed_;
     std::array<std::vector<Offer>, ranks> offers_;  // by their ranks
-    std::unordered_set<Text> words_;                // that are offered
+    Vocabulary words_;                              // that are offered
 };
 
 }  // namespace

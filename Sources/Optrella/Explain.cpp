@@ -51,9 +51,10 @@ Explanation explained(const Tool& tool, std::span<const Text> arguments) noexcep
     }
     std::vector<Try*> order;
     order.reserve(all.size());
-    for (Try& each : all) order.push_back(&each);
-    std::stable_sort(order.begin(), order.end(),
-                     [](const Try* left, const Try* right) { return isNearer(*left, *right); });
+    const auto isBefore = [](const Try* left, const Try* right) { return isNearer(*left, *right); };
+    for (Try& each : all) {
+        order.insert(std::upper_bound(order.begin(), order.end(), &each, isBefore), &each);
+    }
     for (Try* each : order) {
         const bool isHidden = grammar.forms[each->attempt.declaration].isHidden();
         if (isHidden && !each->isMeant && !each->attempt.fits) continue;

@@ -71,10 +71,23 @@ void complain(const Tool& tool, std::string_view sentence) noexcept {
 
 // ---- Lines that run no command ----
 
+// As the arguments are read, whatever the tool says of its spelling.
+Tool conventional(const Tool& tool) noexcept {
+    Tool copy = tool;
+    copy.spelling = Spelling::conventional;
+    return copy;
+}
+
+// REQUIRES: a conventional tool.
 int refuse(const Tool& tool, std::span<const Text> arguments,
            const Explanation& explanation) noexcept {
     complain(words(tool, arguments, explanation, widthOf(Stream::error)));
     return wrongLine;
+}
+
+int refuse(const Tool& tool, std::span<const Text> arguments) noexcept {
+    const Tool read = conventional(tool);
+    return refuse(read, arguments, explain(read, arguments));
 }
 
 int answer(std::string_view text) noexcept {
@@ -99,7 +112,7 @@ int answer(const Tool& tool, const Question& question) noexcept {
         case About::commands:
             return answer(helpPage(tool, question.commands, width, emphasis));
         case About::noCommand:
-            return refuse(tool, question.words, explain(tool, question.words));
+            return refuse(tool, question.words);
         case About::version:
             return answer(tool.name.str().append(" ").append(tool.version).append("\n"));
         case About::completion:
@@ -121,7 +134,7 @@ int runNothing(const Tool& tool, std::span<const Text> arguments) noexcept {
     if (const std::optional<Question> question = questionOf(tool, arguments)) {
         return answer(tool, *question);
     }
-    return refuse(tool, arguments, explain(tool, arguments));
+    return refuse(tool, arguments);
 }
 
 // ---- The command ----
@@ -153,7 +166,7 @@ int runCommand(const Tool& tool, std::span<const Text> arguments, Chosen chosen)
     }
     std::vector<RejectedValue> rejected = rejections(chosen.fit.given);
     if (!rejected.empty()) {
-        return refuse(tool, arguments,
+        return refuse(conventional(tool), arguments,
                       explanationOf(chosen, arguments.size(), std::move(rejected)));
     }
     return statusOf(chosen.fit);
@@ -174,10 +187,8 @@ int runLine(const Tool& tool, std::span<const Text> arguments) noexcept {
 }  // namespace
 
 int runTool(const Tool& tool, ArgumentList passedIn) noexcept {
-    Tool conventional = tool;
-    conventional.spelling = Spelling::conventional;
     const auto all = passedIn.texts();
-    return runLine(conventional, all.empty() ? all : all.subspan(1));
+    return runLine(tool, all.empty() ? all : all.subspan(1));
 }
 
 int runTool(const Tool& tool, int argc, const char* const* argv) noexcept {

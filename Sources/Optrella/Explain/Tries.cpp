@@ -136,6 +136,7 @@ std::optional<Tries::Near> Tries::nearest(const SlotRules& rules) noexcept {
 // The tags that may have been meant by an argument, up to three, of parameters that are not given.
 std::vector<Text> Tries::nearTags(const Walk& walk, std::size_t argument) noexcept {
     constexpr std::size_t most = 3;
+    const auto isNearer = [](const Near& l, const Near& r) { return l.distance < r.distance; };
     std::vector<Near> all;
     Slot slot = 0;
     for (const SlotRules& rules : walk.form().slots()) {
@@ -147,11 +148,11 @@ std::vector<Text> Tries::nearTags(const Walk& walk, std::size_t argument) noexce
                                              [&tag](const Near& each) { return *each.tag == tag; });
             if (isKnown || walk.form().ownerOf(symbol) != owner) continue;
             const std::optional<std::size_t> found = distance(argument, tag);
-            if (found) all.push_back({*found, argument, &tag});
+            if (!found) continue;
+            const Near near{*found, argument, &tag};
+            all.insert(std::upper_bound(all.begin(), all.end(), near, isNearer), near);
         }
     }
-    std::stable_sort(all.begin(), all.end(),
-                     [](const Near& l, const Near& r) { return l.distance < r.distance; });
     std::vector<Text> tags;
     for (const Near& each : std::span(all).first(std::min(all.size(), most))) {
         tags.push_back(*each.tag);
@@ -160,10 +161,12 @@ std::vector<Text> Tries::nearTags(const Walk& walk, std::size_t argument) noexce
 }
 
 std::optional<std::size_t> Tries::distance(std::size_t argument, const Text& tag) noexcept {
-    const auto key = std::pair(argument, grammar_->vocabulary.find(tag));
-    const auto known = distances_.find(key);
-    if (known != distances_.end()) return known->second;
-    return distances_[key] = comparableArgument(argument).distanceTo(comparableTag(tag));
+    std::vector<std::optional<Distance>>& known = distances_[argument];
+    known.resize(tags_.size());
+    std::optional<Distance>& distance =
+        known[static_cast<std::size_t>(grammar_->vocabulary.find(tag))];
+    if (!distance) distance = comparableArgument(argument).distanceTo(comparableTag(tag));
+    return *distance;
 }
 
 // Of "--name=value" the name is compared.

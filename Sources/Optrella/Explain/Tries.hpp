@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <span>
 #include <utility>
@@ -45,7 +44,8 @@ public:
         : grammar_(&grammar),
           line_(line),
           tags_(static_cast<std::size_t>(grammar.vocabulary.size())),
-          arguments_(line.size()) {}
+          arguments_(line.size()),
+          distances_(line.size()) {}
 
     [[nodiscard]] Try of(std::size_t declaration) noexcept;
 
@@ -72,8 +72,10 @@ private:
     std::vector<std::size_t> candidates_;  // plain arguments that may be mistyped tags
     std::vector<std::optional<Comparable>> tags_;
     std::vector<std::optional<Comparable>> arguments_;
-    // Of arguments that are not known and tags: declarations share most of them.
-    std::map<std::pair<std::size_t, Symbol>, std::optional<std::size_t>> distances_;
+    // Of an argument that is not known to all tags: declarations share most of them. None where it
+    // has not been asked for yet.
+    using Distance = std::optional<std::size_t>;
+    std::vector<std::vector<std::optional<Distance>>> distances_;
 };
 
 }  // namespace Optrella::Internal

@@ -54,7 +54,7 @@ std::optional<Chosen> chosen(const Tool& tool, std::span<const Text> arguments) 
     for (const CommandLinePossibility& each : tool.commandLines) {
         if (words.mayName(each)) candidates.push_back(&each);
     }
-    const Grammar grammar(tool, candidates);
+    const Grammar grammar(tool, Spelling::conventional, candidates);
     const std::vector<Argument> line = argumentsOf(arguments, grammar.vocabulary);
     std::optional<std::size_t> only;
     std::vector<Gift> gifts;

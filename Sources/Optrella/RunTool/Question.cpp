@@ -194,7 +194,7 @@ Question question(About about, const Grammar& grammar, const Readers& before,
 std::optional<Question> questionOf(const Tool& tool, std::span<const Text> arguments) noexcept {
     const auto end = std::find(arguments.begin(), arguments.end(), "--");
     arguments = arguments.first(static_cast<std::size_t>(end - arguments.begin()));
-    const Grammar grammar(tool);
+    const Grammar grammar(tool, Spelling::conventional);
     Readers readers(grammar);
     for (std::size_t place = 0; place < arguments.size(); ++place) {
         const Argument argument(arguments[place], grammar.vocabulary);

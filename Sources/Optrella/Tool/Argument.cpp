@@ -25,6 +25,7 @@ void Argument::lookUpAssignment(const Vocabulary& vocabulary) noexcept {
 
 void Argument::lookUpLetters(const Vocabulary& vocabulary) noexcept {
     const std::string_view bytes = text;
+    if (bytes.size() < 3) return;  // one at most
     // The dash may be the beginning of another character.
     if (firstCharacterSize(bytes) != 1) return;
     for (std::size_t place = 1; place < bytes.size();) {

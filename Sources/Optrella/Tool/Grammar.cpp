@@ -82,16 +82,16 @@ void Form::addRepeated(Symbol firstTag) noexcept {
     if (owner != noSlot) slots_[static_cast<std::size_t>(owner)].mayRepeat = true;
 }
 
-Grammar::Grammar(const Tool& tool) noexcept : spelling(tool.spelling) {
+Grammar::Grammar(const Tool& tool, Spelling readAs) noexcept : spelling(readAs) {
     forms.reserve(tool.commandLines.size());
     for (const CommandLinePossibility& each : tool.commandLines)
         forms.emplace_back(each, vocabulary);
     addWhatTheToolSays(tool);
 }
 
-Grammar::Grammar(const Tool& tool,
+Grammar::Grammar(const Tool& tool, Spelling readAs,
                  std::span<const CommandLinePossibility* const> declarations) noexcept
-    : spelling(tool.spelling) {
+    : spelling(readAs) {
     forms.reserve(declarations.size());
     for (const CommandLinePossibility* each : declarations) forms.emplace_back(*each, vocabulary);
     addWhatTheToolSays(tool);

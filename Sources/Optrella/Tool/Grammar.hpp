@@ -81,9 +81,12 @@ private:
 
 // The declarations of a tool. Views them.
 struct Grammar {
-    explicit Grammar(const Tool& tool) noexcept;
-    // Of some of its declarations, in their order.
-    Grammar(const Tool& tool, std::span<const CommandLinePossibility* const> declarations) noexcept;
+    explicit Grammar(const Tool& tool) noexcept : Grammar(tool, tool.spelling) {}
+    // Whatever the tool says of its spelling.
+    Grammar(const Tool& tool, Spelling readAs) noexcept;
+    // Of some of the declarations, in their order.
+    Grammar(const Tool& tool, Spelling readAs,
+            std::span<const CommandLinePossibility* const> declarations) noexcept;
 
     [[nodiscard]] bool isExact() const noexcept { return spelling == Spelling::exact; }
 

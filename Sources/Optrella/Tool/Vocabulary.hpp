@@ -3,8 +3,8 @@
 #ifndef OPTRELLA_TOOL_VOCABULARY_HPP
 #define OPTRELLA_TOOL_VOCABULARY_HPP
 
+#include <cstddef>
 #include <cstdint>
-#include <unordered_map>
 #include <vector>
 
 #include "Optrella/Text.hpp"
@@ -30,8 +30,13 @@ public:
     [[nodiscard]] Symbol size() const noexcept { return static_cast<Symbol>(texts_.size()); }
 
 private:
-    std::unordered_map<Text, Symbol> symbols_;
+    [[nodiscard]] std::size_t placeOf(const Text& text, std::size_t hash) const noexcept;
+    void grow() noexcept;
+
     std::vector<Text> texts_;
+    std::vector<std::size_t> hashes_;  // of the texts
+    // Where a text is looked for from the place of its hash on; a power of two, half of it empty.
+    std::vector<Symbol> table_;
 };
 
 }  // namespace Optrella::Internal
