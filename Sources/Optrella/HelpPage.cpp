@@ -1,10 +1,9 @@
 #include "Optrella/HelpPage.hpp"
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
-#include <string>
-#include <utility>
+#include <span>
+#include <string_view>
 #include <vector>
 
 #include "Optrella/HelpPage/Command.hpp"
@@ -23,15 +22,12 @@ using namespace Internal;
 
 // So many are read at a glance with their parameters; of more a user must first choose one.
 constexpr std::size_t fewCommands = 3;
+constexpr std::size_t inBlock = 6;  // how far what is said of one of them is indented
 
 Tool asPeopleType(const Tool& tool) noexcept {
     Tool conventional = tool;
     conventional.spelling = Spelling::conventional;
     return conventional;
-}
-
-void append(std::vector<Row>& rows, std::vector<Row> others) noexcept {
-    rows.insert(rows.end(), std::move_iterator(others.begin()), std::move_iterator(others.end()));
 }
 
 class Page {
@@ -70,7 +66,8 @@ private:
     [[nodiscard]] bool areMany() const noexcept { return commands_.size() > fewCommands; }
 
     void writeNone() noexcept {
-        const std::vector<Row> options = ownRows();
+        Rows options;
+        addOwn(options);
         Prose usage;
         usage.add(tool_.name, Style::typed);
         if (!options.empty()) usage.add("[OPTIONS]");
@@ -83,47 +80,49 @@ private:
         writeSection(command.help(isOverview_ ? tool_.summary : Text()));
         sheet_.beginSection();
         writeUsage(command.usage(roomOfUsage()));
-        const std::vector<Row> arguments = argumentsOf(command.form());
-        std::vector<Row> options = optionsOf(command.form());
-        append(options, ownRows());
+        Rows rows;
+        addArguments(rows, command.form());
+        const std::size_t arguments = rows.size();
+        addOptions(rows, command.form());
+        addOwn(rows);
+        const std::span<Row> options = std::span(rows).subspan(arguments);
         alignLongTags(options);
-        std::vector<Row> all = arguments;
-        append(all, options);
-        const std::size_t column = columnAfter(all);
-        writeTable("Arguments:", arguments, column);
+        const std::size_t column = columnAfter(rows);
+        writeTable("Arguments:", std::span(rows).first(arguments), column);
         writeTable("Options:", options, column);
     }
 
     // Each with its parameters below it.
     void writeFew() noexcept {
-        std::vector<std::vector<Row>> tables;
-        std::vector<Row> all;
+        Rows rows;
+        std::vector<std::size_t> counts;
         for (const Command& command : commands_) {
-            std::vector<Row> options = optionsOf(command.form());
-            alignLongTags(options);
-            append(tables.emplace_back(argumentsOf(command.form())), std::move(options));
-            append(all, tables.back());
+            const std::size_t begin = rows.size();
+            addArguments(rows, command.form());
+            addOptions(rows, command.form());
+            alignLongTags(std::span(rows).subspan(begin));
+            counts.push_back(rows.size() - begin);
         }
-        const std::size_t begin = sheet_.indentation(6);
-        const std::size_t column = sheet_.columnAfter(all, begin);
+        const std::size_t column = sheet_.columnAfter(rows, sheet_.indentation(inBlock));
         writeHeading("Usage:");
+        std::span<const Row> left = rows;
         for (std::size_t i = 0; i < commands_.size(); ++i) {
             if (i > 0) sheet_.beginSection();
-            writeBlock(commands_[i], tables[i], begin, column);
+            writeBlock(commands_[i], left.first(counts[i]), column);
+            left = left.subspan(counts[i]);
         }
-        const std::vector<Row> options = ownRows();
+        Rows options;
+        addOwn(options);
         writeTable("Options:", options, columnAfter(options));
     }
-    void writeBlock(const Command& command, std::span<const Row> parameters, std::size_t begin,
+    void writeBlock(const Command& command, std::span<const Row> parameters,
                     std::size_t column) noexcept {
+        const std::size_t begin = sheet_.indentation(inBlock);
         const std::size_t hanging = begin + sheet_.indentation(2);
         const std::size_t room = sheet_.width() - std::min(hanging, sheet_.width());
         sheet_.write(command.usage(room), sheet_.indentation(2), hanging);
         sheet_.endLine();
-        if (const Prose help = command.help(); !help.empty()) {
-            sheet_.write(help, begin);
-            sheet_.endLine();
-        }
+        writeLine(command.help(), begin);
         if (!parameters.empty()) sheet_.beginSection();
         sheet_.write(parameters, begin, column);
     }
@@ -131,19 +130,25 @@ private:
     // Each in a line.
     void writeMany() noexcept {
         const CommandTable table(commands_, sheet_.width());
-        const std::vector<Row> options = ownRows();
-        std::vector<Row> all = table.rows();
+        Rows rows;
+        table.addRows(rows);
+        addOwn(rows);
+        const std::span<const Row> commands = std::span(rows).first(commands_.size());
+        const std::span<const Row> options = std::span(rows).subspan(commands_.size());
         if (table.hasNames()) {
-            append(all, options);
-            sheet_.beginSection();
+            const std::size_t column = columnAfter(rows);
             const std::vector<Text> words = wordsOfAll();
+            sheet_.beginSection();
             writeUsage(usageOfMany(words));
+            writeHeading("Commands:");
+            table.writeTo(sheet_, commands, sheet_.indentation(2), column);
+            writeTable("Options:", options, column);
             hint_ = hint(words);
+        } else {
+            writeHeading("Usage:");
+            table.writeTo(sheet_, commands, sheet_.indentation(2), columnAfter(commands));
+            writeTable("Options:", options, columnAfter(options));
         }
-        const std::size_t column = columnAfter(all);
-        writeHeading(table.hasNames() ? "Commands:" : "Usage:");
-        table.writeTo(sheet_, sheet_.indentation(2), column);
-        writeTable("Options:", options, table.hasNames() ? column : columnAfter(options));
     }
 
     // ---- Pieces ----
@@ -164,7 +169,12 @@ private:
     void writeSection(const Prose& text) noexcept {
         if (text.empty()) return;
         sheet_.beginSection();
-        sheet_.write(text);
+        writeLine(text);
+    }
+
+    void writeLine(const Prose& text, std::size_t begin = 0) noexcept {
+        if (text.empty()) return;
+        sheet_.write(text, begin);
         sheet_.endLine();
     }
 
@@ -230,11 +240,13 @@ private:
 
     // ---- The tool's own ----
 
-    [[nodiscard]] std::vector<Row> ownRows() const noexcept {
-        const char* help = areMany() ? "Show this help, or that of a command" : "Show this help";
-        std::vector<Row> rows = isOverview_ ? ownOptions_.ofTool(help) : ownOptions_.ofCommand();
-        alignLongTags(rows);
-        return rows;
+    void addOwn(Rows& rows) const noexcept {
+        const std::size_t begin = rows.size();
+        const bool isOfOthers = isOverview_ && areMany();
+        ownOptions_.addHelp(rows,
+                            isOfOthers ? "Show this help, or that of a command" : "Show this help");
+        if (isOverview_) ownOptions_.addVersion(rows);
+        alignLongTags(std::span(rows).subspan(begin));
     }
 
     [[nodiscard]] Prose hint(const std::vector<Text>& words) const noexcept {
@@ -261,12 +273,13 @@ private:
 
 }  // namespace
 
-Text helpPage(const Tool& tool, std::size_t width, Emphasis emphasis) noexcept {
+// Called once in a process: small rather than fast.
+[[gnu::cold]] Text helpPage(const Tool& tool, std::size_t width, Emphasis emphasis) noexcept {
     return Page(tool, width, emphasis).overview();
 }
 
-Text helpPage(const Tool& tool, std::span<const std::size_t> declarations, std::size_t width,
-              Emphasis emphasis) noexcept {
+[[gnu::cold]] Text helpPage(const Tool& tool, std::span<const std::size_t> declarations,
+                            std::size_t width, Emphasis emphasis) noexcept {
     return Page(tool, width, emphasis).pageOf(declarations);
 }
 

@@ -24,8 +24,9 @@ enum class Emphasis : std::uint8_t {
     terminal,  // bold type and colour, by escape sequences that each line ends
 };
 
-// Returns the overview: the tool, its visible commands, its own options. Up to three commands are
-// shown with their parameters; of more each has a line. `width` counts a terminal's columns.
+// Returns the overview: the tool, its visible commands, and what runTool answers by itself. Up to
+// three commands are shown with their parameters; of more each has a line. `width` counts a
+// terminal's columns.
 [[nodiscard]] OPTRELLA_API Text helpPage(const Tool& tool, std::size_t width = 80,
                                          Emphasis emphasis = Emphasis::none) noexcept;
 

@@ -14,7 +14,7 @@ bool beginAlike(const Command& left, const Command& right) noexcept {
 }  // namespace
 
 CommandTable::CommandTable(std::span<const Command> commands, std::size_t width) noexcept
-    : commands_(commands) {
+    : commands_(commands), width_(width) {
     for (const Command& command : commands) {
         if (!command.words().empty()) hasNames_ = true;
         const auto group = std::find_if(groups_.begin(), groups_.end(), [&](const auto& each) {
@@ -22,14 +22,21 @@ CommandTable::CommandTable(std::span<const Command> commands, std::size_t width)
         });
         (group != groups_.end() ? *group : groups_.emplace_back()).push_back(&command);
     }
+}
+
+void CommandTable::addRows(Rows& rows) const noexcept {
     for (const auto& group : groups_) {
-        for (const Command* each : group) rows_.push_back({nameOf(*each, width), each->summary()});
+        for (const Command* each : group) {
+            Row& row = addRow(rows);
+            row.label = nameOf(*each);
+            row.help = each->summary();
+        }
     }
 }
 
 // What tells it from the others: its words, as far as these do.
-Prose CommandTable::nameOf(const Command& command, std::size_t width) const noexcept {
-    if (command.words().empty()) return command.usage(width);
+Prose CommandTable::nameOf(const Command& command) const noexcept {
+    if (command.words().empty()) return command.usage(width_);
     const auto isNamesake = [&command](const Command& each) {
         return each.words() == command.words();
     };
@@ -41,14 +48,14 @@ Prose CommandTable::nameOf(const Command& command, std::size_t width) const noex
     return name;
 }
 
-void CommandTable::writeTo(Sheet& sheet, std::size_t begin, std::size_t column) const noexcept {
-    std::span<const Row> rest = rows_;
-    std::size_t sizeBefore = 1;
+void CommandTable::writeTo(Sheet& sheet, std::span<const Row> rows, std::size_t begin,
+                           std::size_t column) const noexcept {
+    std::size_t sizeBefore = 0;
     for (const auto& group : groups_) {
-        const bool isFirst = rest.size() == rows_.size();
+        const bool isFirst = sizeBefore == 0;
         if (!isFirst && (group.size() > 1 || sizeBefore > 1)) sheet.beginSection();
-        sheet.write(rest.first(group.size()), begin, column);
-        rest = rest.subspan(group.size());
+        sheet.write(rows.first(group.size()), begin, column);
+        rows = rows.subspan(group.size());
         sizeBefore = group.size();
     }
 }

@@ -19,17 +19,18 @@ public:
 
     // Returns whether one of them has a name.
     [[nodiscard]] bool hasNames() const noexcept { return hasNames_; }
-    // Returns the names in the order of the table with the first sentence of each help.
-    [[nodiscard]] const std::vector<Row>& rows() const noexcept { return rows_; }
-    // Writes them, with empty lines around those that begin with the same word.
-    void writeTo(Sheet& sheet, std::size_t begin, std::size_t column) const noexcept;
+    // Appends the names, each with the first sentence of the help.
+    void addRows(Rows& rows) const noexcept;
+    // Writes these rows, with empty lines around those that begin with the same word.
+    void writeTo(Sheet& sheet, std::span<const Row> rows, std::size_t begin,
+                 std::size_t column) const noexcept;
 
 private:
-    [[nodiscard]] Prose nameOf(const Command& command, std::size_t width) const noexcept;
+    [[nodiscard]] Prose nameOf(const Command& command) const noexcept;
 
     std::span<const Command> commands_;
+    std::size_t width_;
     std::vector<std::vector<const Command*>> groups_;
-    std::vector<Row> rows_;
     bool hasNames_ = false;
 };
 

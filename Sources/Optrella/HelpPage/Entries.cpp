@@ -22,11 +22,14 @@ class Notes {
 public:
     explicit Notes(Prose& help) noexcept : help_(help) {}
 
+    // Begins a note, and goes on with it.
     void add(std::string_view note) noexcept {
-        if (isOpen_) help_.add(";", Style::plain, Join::none);
-        help_.add(std::string(isOpen_ ? "" : "(").append(note));
+        help_.add(isOpen_ ? ";" : "(", Style::plain, isOpen_ ? Join::none : Join::space);
+        help_.add(note, Style::plain, isOpen_ ? Join::space : Join::none);
         isOpen_ = true;
     }
+    void goOn(std::string_view note) noexcept { help_.add(note, Style::plain, Join::inner); }
+
     void addChoices(const ListOptions& choices) noexcept {
         bool isFirst = true;
         for (const ParameterNone& choice : choices) {
@@ -40,6 +43,31 @@ public:
             isFirst = false;
         }
     }
+    void addBounds(const ParameterNumber& number) noexcept {
+        using Limits = std::numeric_limits<std::int64_t>;
+        const std::string least = std::to_string(*number.rangeMin());
+        const std::string greatest = std::to_string(*number.rangeMax());
+        const bool hasLeast = *number.rangeMin() != Limits::min();
+        const bool hasGreatest = *number.rangeMax() != Limits::max();
+        if (!hasLeast && !hasGreatest) return add("a whole number");
+        add(hasLeast ? least : greatest);
+        if (!hasGreatest) return goOn("or more");
+        if (!hasLeast) return goOn("or less");
+        goOn("to");
+        goOn(greatest);
+    }
+    void addPath(const ParameterFileURL& path) noexcept {
+        using urlType = ParameterFileURL::urlType;
+        using existState = ParameterFileURL::existState;
+        if (path.state == existState::vague) {
+            add("a");
+        } else {
+            add(path.state == existState::exist ? "an existing" : "a new");
+        }
+        if (path.type != urlType::folder) goOn("file");
+        if (path.type == urlType::fileOrFolder) goOn("or");
+        if (path.type != urlType::file) goOn("directory");
+    }
     void close() noexcept {
         if (isOpen_) help_.add(")", Style::plain, Join::none);
     }
@@ -49,74 +77,48 @@ private:
     bool isOpen_ = false;
 };
 
-std::string boundsOf(const ParameterNumber& number) noexcept {
-    using Limits = std::numeric_limits<std::int64_t>;
-    const std::string least = std::to_string(*number.rangeMin());
-    const std::string greatest = std::to_string(*number.rangeMax());
-    const bool hasLeast = *number.rangeMin() != Limits::min();
-    const bool hasGreatest = *number.rangeMax() != Limits::max();
-    if (hasLeast && hasGreatest) return least + " to " + greatest;
-    if (hasLeast) return least + " or more";
-    return hasGreatest ? greatest + " or less" : "a whole number";
-}
-
-std::string pathOf(const ParameterFileURL& path) noexcept {
-    using Type = ParameterFileURL::urlType;
-    using State = ParameterFileURL::existState;
-    std::string what = "file or directory";
-    if (path.type == Type::file) what = "file";
-    if (path.type == Type::folder) what = "directory";
-    if (path.state == State::exist) return "an existing " + what;
-    return (path.state == State::absent ? "a new " : "a ") + what;
-}
-
 bool hasHelp(const ListOptions& choices) noexcept {
     return std::any_of(choices.begin(), choices.end(),
                        [](const ParameterNone& choice) { return !choice.common.tagHelp.empty(); });
 }
 
-std::vector<Row> rowsOf(const ListOptions& choices) noexcept {
-    std::vector<Row> rows;
+void addChoices(Rows& rows, const ListOptions& choices) noexcept {
     for (const ParameterNone& choice : choices) {
         if (choice.common.tags.empty()) continue;
-        Row& row = rows.emplace_back();
+        Row& row = addRow(rows);
         row.label.add(typed(choice.common.tags.front()), Style::typed);
         row.help.addText(choice.common.tagHelp);
     }
-    return rows;
 }
 
-void addValue(Prose& label, const SlotRules& rules) noexcept {
-    if (!rules.takesValue) return;
-    label.add(valueName(rules) + (rules.mayRepeat ? "..." : ""), Style::plain, Join::inner);
-}
+bool isOption(const SlotRules& rules) noexcept { return !rules.takes && !isWord(rules.tags()); }
 
-Row rowOf(const SlotRules& rules) noexcept {
-    Row row;
-    if (!rules.takes) row.label = labelOf(rules.tags());
-    addValue(row.label, rules);
-    row.help.addText(rules.parameter.common().tagHelp);
+void addNotes(Row& row, const SlotRules& rules) noexcept {
     Notes notes(row.help);
     if (const auto* list = rules.parameter.as<ParameterList>()) {
         if (hasHelp(list->validOptions())) {
-            row.details = rowsOf(list->validOptions());
+            addChoices(row.details, list->validOptions());
         } else {
             notes.addChoices(list->validOptions());
         }
     }
-    if (const auto* number = rules.parameter.as<ParameterNumber>()) notes.add(boundsOf(*number));
-    if (const auto* path = rules.parameter.as<ParameterFileURL>()) notes.add(pathOf(*path));
+    if (const auto* number = rules.parameter.as<ParameterNumber>()) notes.addBounds(*number);
+    if (const auto* path = rules.parameter.as<ParameterFileURL>()) notes.addPath(*path);
     if (rules.parameter.as<ParameterUUID>() != nullptr) notes.add("a UUID");
     // Of words and operands the usage tells.
-    if (!rules.takes && !isWord(rules.tags())) {
-        if (rules.isRequired) notes.add("required");
-        if (rules.mayRepeat) notes.add("may be repeated");
-    }
+    if (isOption(rules) && rules.isRequired) notes.add("required");
+    if (isOption(rules) && rules.mayRepeat) notes.add("may be repeated");
     notes.close();
-    return row;
 }
 
-bool isOption(const SlotRules& rules) noexcept { return !rules.takes && !isWord(rules.tags()); }
+void addParameter(Rows& rows, const SlotRules& rules) noexcept {
+    Row& row = addRow(rows);
+    if (!rules.takes) row.label = labelOf(rules.tags());
+    if (rules.takesValue) row.label.add(valueName(rules), Style::plain, Join::inner);
+    if (rules.mayRepeat) row.label.add("...", Style::plain, Join::none);
+    row.help.addText(rules.parameter.common().tagHelp);
+    addNotes(row, rules);
+}
 
 // The word alone says nothing that the usage does not.
 bool saysMore(const SlotRules& rules) noexcept {
@@ -139,25 +141,21 @@ Prose labelOf(std::span<const Text> tags) noexcept {
     return label;
 }
 
-std::vector<Row> argumentsOf(const Form& form) noexcept {
-    std::vector<Row> rows;
+void addArguments(Rows& rows, const Form& form) noexcept {
     for (const bool isRequired : {true, false}) {
         for (const SlotRules& rules : form.slots()) {
             if (rules.takes || isOption(rules) || rules.isRequired != isRequired) continue;
-            if (saysMore(rules)) rows.push_back(rowOf(rules));
+            if (saysMore(rules)) addParameter(rows, rules);
         }
     }
-    for (const Slot operand : form.operands()) rows.push_back(rowOf(form.slot(operand)));
-    return rows;
+    for (const Slot operand : form.operands()) addParameter(rows, form.slot(operand));
 }
 
-std::vector<Row> optionsOf(const Form& form) noexcept {
-    std::vector<Row> rows;
+void addOptions(Rows& rows, const Form& form) noexcept {
     for (const SlotRules& rules : form.slots()) {
         // Without tags nobody can give it.
-        if (isOption(rules) && !rules.tags().empty()) rows.push_back(rowOf(rules));
+        if (isOption(rules) && !rules.tags().empty()) addParameter(rows, rules);
     }
-    return rows;
 }
 
 void alignLongTags(std::span<Row> options) noexcept {

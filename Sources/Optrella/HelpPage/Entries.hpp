@@ -4,7 +4,6 @@
 #define OPTRELLA_HELPPAGE_ENTRIES_HPP
 
 #include <span>
-#include <vector>
 
 #include "Optrella/HelpPage/Sheet.hpp"
 #include "Optrella/Tool/Grammar.hpp"
@@ -14,10 +13,10 @@ namespace Optrella::Internal {
 // Returns "-s, --sort".
 [[nodiscard]] Prose labelOf(std::span<const Text> tags) noexcept;
 
-// Return the words of a command, where there is something to say of them, and its operands; and its
+// Append the words of a command, where there is something to say of them, and its operands; and its
 // options: what begins with a dash.
-[[nodiscard]] std::vector<Row> argumentsOf(const Form& form) noexcept;
-[[nodiscard]] std::vector<Row> optionsOf(const Form& form) noexcept;
+void addArguments(Rows& rows, const Form& form) noexcept;
+void addOptions(Rows& rows, const Form& form) noexcept;
 
 // Indents options without a short tag, so that all long ones begin at one column.
 void alignLongTags(std::span<Row> options) noexcept;

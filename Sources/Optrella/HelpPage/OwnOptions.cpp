@@ -18,13 +18,6 @@ struct PackagersOption {
 constexpr PackagersOption packagersOptions[] = {
     {"--completion", "bash|zsh|fish"}, {"--manual", ""}, {"--describe", ""}};
 
-void addRow(std::vector<Row>& rows, std::span<const Text> tags, std::string_view help) noexcept {
-    if (tags.empty()) return;
-    Row& row = rows.emplace_back();
-    row.label = labelOf(tags);
-    row.help.addText(help);
-}
-
 }  // namespace
 
 std::vector<Text> OwnOptions::free(std::span<const Text> tags) const noexcept {
@@ -42,17 +35,20 @@ std::optional<Text> OwnOptions::help() const noexcept {
     return tags.empty() ? std::nullopt : std::optional(tags.back());
 }
 
-std::vector<Row> OwnOptions::ofCommand() const noexcept {
-    std::vector<Row> rows;
-    addRow(rows, free(helpTags), "Show this help");
-    return rows;
+void OwnOptions::add(Rows& rows, std::span<const Text> tags, std::string_view help) const noexcept {
+    const std::vector<Text> left = free(tags);
+    if (left.empty()) return;
+    Row& row = addRow(rows);
+    row.label = labelOf(left);
+    row.help.addText(help);
 }
 
-std::vector<Row> OwnOptions::ofTool(std::string_view helpOfHelp) const noexcept {
-    std::vector<Row> rows;
-    addRow(rows, free(helpTags), helpOfHelp);
-    if (!tool_.version.empty()) addRow(rows, free(versionTag), "Show the version");
-    return rows;
+void OwnOptions::addHelp(Rows& rows, std::string_view helpOfHelp) const noexcept {
+    add(rows, helpTags, helpOfHelp);
+}
+
+void OwnOptions::addVersion(Rows& rows) const noexcept {
+    if (!tool_.version.empty()) add(rows, versionTag, "Show the version");
 }
 
 Prose OwnOptions::ofPackagers() const noexcept {

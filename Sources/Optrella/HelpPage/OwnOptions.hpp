@@ -5,7 +5,7 @@
 
 #include <optional>
 #include <span>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "Optrella/HelpPage/Sheet.hpp"
@@ -21,13 +21,14 @@ public:
 
     // Returns how help is asked for, if it can be.
     [[nodiscard]] std::optional<Text> help() const noexcept;
-    // Return the row of help, and of help and the version.
-    [[nodiscard]] std::vector<Row> ofCommand() const noexcept;
-    [[nodiscard]] std::vector<Row> ofTool(std::string_view helpOfHelp) const noexcept;
+    // Append the row of help, and that of the version.
+    void addHelp(Rows& rows, std::string_view helpOfHelp) const noexcept;
+    void addVersion(Rows& rows) const noexcept;
     // Returns those for who builds a package of the tool.
     [[nodiscard]] Prose ofPackagers() const noexcept;
 
 private:
+    void add(Rows& rows, std::span<const Text> tags, std::string_view help) const noexcept;
     [[nodiscard]] std::vector<Text> free(std::span<const Text> tags) const noexcept;
 
     const Tool& tool_;

@@ -94,12 +94,13 @@ void Prose::add(std::string_view text, Style style, Join join) noexcept {
 }
 
 void Prose::add(const Prose& other, Join join) noexcept {
+    const std::size_t place = pieces_.size();
     for (Piece piece : other.pieces_) {
-        if (piece.begin == 0) piece.join = join;
         piece.begin += bytes_.size();
         pieces_.push_back(piece);
     }
     bytes_ += other.bytes_;
+    if (place < pieces_.size()) pieces_[place].join = join;
 }
 
 void Prose::addText(std::string_view text, Style style) noexcept {

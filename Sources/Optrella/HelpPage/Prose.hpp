@@ -49,7 +49,8 @@ public:
     [[nodiscard]] bool empty() const noexcept { return pieces_.empty(); }
     [[nodiscard]] std::span<const Piece> pieces() const noexcept { return pieces_; }
     [[nodiscard]] std::string_view textOf(const Piece& piece) const noexcept {
-        return std::string_view(bytes_).substr(piece.begin, piece.size);
+        const std::string_view bytes = bytes_;
+        return bytes.substr(piece.begin, piece.size);
     }
     // Returns the number of columns in one line.
     [[nodiscard]] std::size_t columns() const noexcept;

@@ -24,6 +24,8 @@ Pieces firstUpTo(Pieces pieces, Join least) noexcept {
 
 }  // namespace
 
+Row& addRow(Rows& rows) noexcept { return rows.emplace_back(); }
+
 std::size_t Sheet::indentation(std::size_t columns) const noexcept {
     return std::min(columns, width_ / 4);
 }
@@ -127,17 +129,22 @@ std::size_t Sheet::columnAfter(std::span<const Row> rows, std::size_t begin) con
 }
 
 void Sheet::write(std::span<const Row> rows, std::size_t begin, std::size_t column) noexcept {
+    const std::size_t detail = column + indentation(gap);
     for (const Row& row : rows) {
-        const std::size_t label = begin + row.indent;
-        write(row.label, label, label + indentation(labelGoesOn));
-        if (!row.help.empty()) {
-            if (label + row.label.columns() + gap > column) endLine();
-            write(row.help, column);
-        }
-        endLine();
-        const std::size_t detail = column + indentation(gap);
-        write(row.details, detail, columnAfter(row.details, detail));
+        write(row, begin, column);
+        const std::size_t detailColumn = columnAfter(row.details, detail);
+        for (const Row& each : row.details) write(each, detail, detailColumn);
     }
+}
+
+void Sheet::write(const Row& row, std::size_t begin, std::size_t column) noexcept {
+    const std::size_t label = begin + row.indent;
+    write(row.label, label, label + indentation(labelGoesOn));
+    if (!row.help.empty()) {
+        if (label + row.label.columns() + gap > column) endLine();
+        write(row.help, column);
+    }
+    endLine();
 }
 
 }  // namespace Optrella::Internal

@@ -13,13 +13,17 @@
 
 namespace Optrella::Internal {
 
-// A line of a table, and those below it that say more.
+// A line of a table, and those below it that say more, which have no more below them.
 struct Row {
     Prose label;
     Prose help;
-    std::vector<Row> details{};
+    std::vector<Row> details;
     std::size_t indent = 0;  // of the label
 };
+using Rows = std::vector<Row>;
+
+// Appends an empty row, and returns it. Apart, because it is much code.
+Row& addRow(Rows& rows) noexcept;
 
 class Sheet {
 public:
@@ -47,6 +51,7 @@ public:
     [[nodiscard]] Text text() const noexcept { return bytes_; }
 
 private:
+    void write(const Row& row, std::size_t begin, std::size_t column) noexcept;
     void put(const Prose::Piece& piece, std::string_view text) noexcept;
     void setStyle(Style style) noexcept;
     void moveTo(std::size_t column) noexcept;
