@@ -283,6 +283,7 @@ constexpr Call calls[] = {
     {"complete", callComplete},
     {"lint", callLint},
     {"description", callDescription},
+    {"helpPage", callHelpPage},
     {"manualPage", callManualPage},
     {"runTool", callRunTool},
 };

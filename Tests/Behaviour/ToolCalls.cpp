@@ -3,6 +3,7 @@
 #include <Optrella/Complete.hpp>
 #include <Optrella/Description.hpp>
 #include <Optrella/Explain.hpp>
+#include <Optrella/HelpPage.hpp>
 #include <Optrella/Lint.hpp>
 #include <Optrella/ManualPage.hpp>
 #include <Optrella/Tool.hpp>
@@ -139,6 +140,14 @@ json described(const Attempt& attempt) {
             {"near", listed(attempt.near)}};
 }
 
+// ---- helpPage ----
+
+Emphasis emphasisOf(const json& word) {
+    if (word == "none") return Emphasis::none;
+    if (word == "terminal") return Emphasis::terminal;
+    throw NoCase("no such emphasis: " + word.dump());
+}
+
 // ---- complete ----
 
 const char* nameOf(Offer::Kind kind) {
@@ -197,6 +206,18 @@ json callLint(const json& aCase) {
 }
 
 json callDescription(const json& aCase) { return {{"value", text(description(toolOf(aCase)))}}; }
+
+json callHelpPage(const json& aCase) {
+    const Tool tool = toolOf(aCase);
+    const std::size_t width = aCase.value("width", std::size_t{80});
+    const Emphasis emphasis = emphasisOf(aCase.value("emphasis", json("none")));
+    if (!aCase.contains("page")) return {{"value", text(helpPage(tool, width, emphasis))}};
+    const auto page = aCase["page"].get<std::vector<std::size_t>>();
+    for (const std::size_t each : page) {
+        if (each >= tool.commandLines.size()) throw NoCase("page: no such declaration");
+    }
+    return {{"value", text(helpPage(tool, page, width, emphasis))}};
+}
 
 json callManualPage(const json& aCase) { return {{"value", text(manualPage(toolOf(aCase)))}}; }
 

@@ -16,6 +16,7 @@ json callExplain(const json& aCase);
 json callComplete(const json& aCase);
 json callLint(const json& aCase);
 json callDescription(const json& aCase);
+json callHelpPage(const json& aCase);
 json callManualPage(const json& aCase);
 
 }  // namespace Behaviour

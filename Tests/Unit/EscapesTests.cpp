@@ -11,6 +11,7 @@
 #include "Support/UTF8.hpp"
 
 using Optrella::Internal::appendEscaped;
+using Optrella::Internal::appendPrintable;
 using Tests::brokenSequences;
 using Tests::endOfUnicode;
 using Tests::escaped;
@@ -113,4 +114,18 @@ TEST(Escapes, AreAppended) {
     std::string text = "\n before ";
     appendEscaped(text, "\n");
     EXPECT_EQ(text, "\n before \\n");
+}
+
+TEST(Escapes, OfProseLeaveQuotationMarksAndWhatShapesLetters) {
+    const auto printable = [](std::string_view text) {
+        std::string shown;
+        appendPrintable(shown, text);
+        return shown;
+    };
+    EXPECT_EQ(printable(R"(It's "C:\\")"), R"(It's "C:\\")");
+    EXPECT_EQ(printable("\u0915\u094D\u200D\u0937 \u0645\u200C \u2764\uFE0E"),
+              "\u0915\u094D\u200D\u0937 \u0645\u200C \u2764\uFE0E");
+    EXPECT_EQ(printable("\x1B[31m\t\n\u0085\u2028\xFF"), R"(\u{1B}[31m\t\n\u{85}\u{2028}\x{FF})");
+    EXPECT_EQ(printable("\u200B\u202E\u202C\u00AD\uFFFF"),
+              R"(\u{200B}\u{202E}\u{202C}\u{AD}\u{FFFF})");
 }
