@@ -43,11 +43,6 @@ const Platform::Log& log() {
 
 }  // namespace
 
-CommandLineExitStatus& CommandLineExitStatus::shared() noexcept {
-    static CommandLineExitStatus status;
-    return status;
-}
-
 void outputErrorMessage(const Text& message) noexcept {
     Platform::logInfo(log(), "outputErrorMessage(message:)", message);
     Platform::writeStandardError(message);

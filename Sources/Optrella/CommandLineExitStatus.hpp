@@ -1,7 +1,7 @@
 // CommandLineExitStatus.hpp - the exit status slot and error messages.
 //
-// Both are for the tool alone: nothing in the library reads or sets the status, or reports an error
-// this way.
+// Both are for the tool alone: nothing in the library but runTool reads or sets the status, and
+// nothing reports an error this way.
 
 #ifndef OPTRELLA_COMMANDLINEEXITSTATUS_HPP
 #define OPTRELLA_COMMANDLINEEXITSTATUS_HPP

@@ -24,17 +24,11 @@ using namespace Internal;
 constexpr std::size_t fewCommands = 3;
 constexpr std::size_t inBlock = 6;  // how far what is said of one of them is indented
 
-Tool asPeopleType(const Tool& tool) noexcept {
-    Tool conventional = tool;
-    conventional.spelling = Spelling::conventional;
-    return conventional;
-}
-
 class Page {
 public:
     Page(const Tool& tool, std::size_t width, Emphasis emphasis) noexcept
-        : tool_(asPeopleType(tool)),
-          grammar_(tool_),
+        : tool_(tool),
+          grammar_(tool_, Spelling::conventional),
           ownOptions_(tool_, grammar_),
           sheet_(width, emphasis) {}
 
@@ -262,7 +256,7 @@ private:
         return hint;
     }
 
-    const Tool tool_;
+    const Tool& tool_;
     const Grammar grammar_;
     const OwnOptions ownOptions_;
     Sheet sheet_;

@@ -1,29 +1,9 @@
 #include "Optrella/CommandLine/Matching.hpp"
 
-#include <cstdint>
-
+#include "Optrella/CommandLine/Owner.hpp"
 #include "Optrella/Text/Print.hpp"
 
 namespace Optrella::Internal {
-
-namespace {
-
-// Of several owners the last one is taken, on purpose; hence backwards. Null when there is none.
-// Inline, because most searches are shorter than a call.
-inline const ParameterView* lastOwner(KeptList parameters, const Text& argument, std::uint32_t mark,
-                                      CanonicalComparer& comparer) {
-    auto owner = parameters.rbegin();
-    for (; owner != parameters.rend(); ++owner) {
-        if (!owner->mayHaveTag(mark)) continue;
-        for (const Text& tag : owner->common().tags) {
-            if (TextDigest::of(argument).provesDifferent(TextDigest::of(tag))) continue;
-            if (comparer.areEqual(argument, tag)) return &*owner;
-        }
-    }
-    return nullptr;
-}
-
-}  // namespace
 
 // False when an argument belongs to no parameter, when the last value is missing, and when too few
 // or too many required parameters are given.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string>
-#include <unordered_set>
 #include <utility>
 
 #include "Optrella/Parameters/Decimal.hpp"
@@ -76,6 +75,39 @@ struct Node {
     std::string essence;  // at the last place where no value was due
 };
 
+// What is known already. Smaller than the library's own, which nobody else needs here.
+class Keys {
+public:
+    // Returns false for one that is there.
+    bool add(std::string key) noexcept {
+        if (2 * keys_.size() >= table_.size()) grow();
+        std::size_t& place = table_[placeOf(key)];
+        if (place != none) return false;
+        place = keys_.size();
+        keys_.push_back(std::move(key));
+        return true;
+    }
+
+private:
+    static constexpr auto none = static_cast<std::size_t>(-1);
+
+    // The place of a key, or the empty one where it belongs.
+    [[nodiscard]] std::size_t placeOf(const std::string& key) const noexcept {
+        const std::size_t mask = table_.size() - 1;
+        std::size_t place = std::hash<std::string>()(key) & mask;
+        while (table_[place] != none && keys_[table_[place]] != key) place = (place + 1) & mask;
+        return place;
+    }
+    void grow() noexcept {
+        constexpr std::size_t least = 32;
+        table_.assign(std::max(least, 2 * table_.size()), none);
+        for (std::size_t i = 0; i < keys_.size(); ++i) table_[placeOf(keys_[i])] = i;
+    }
+
+    std::vector<std::string> keys_;
+    std::vector<std::size_t> table_;  // a power of two, half of it empty
+};
+
 class Search {
 public:
     Search(const Lexicon& lexicon, std::vector<Contender> contenders, Ends ends) noexcept
@@ -128,7 +160,7 @@ private:
             if (now == essence) return false;
             essence = std::move(now);
         }
-        if (!known_.insert(keyOf(contenders)).second) return false;
+        if (!known_.add(keyOf(contenders))) return false;
         nodes_.push_back({std::move(contenders), parent, word, std::move(essence)});
         return true;
     }
@@ -146,7 +178,7 @@ private:
     const std::vector<Symbol> words_;
     const Ends ends_;
     std::vector<Node> nodes_;
-    std::unordered_set<std::string> known_;
+    Keys known_;
     std::size_t steps_ = 0;
 };
 

@@ -1,7 +1,6 @@
 #include "Optrella/Tool/Synopsis.hpp"
 
 #include <algorithm>
-#include <set>
 #include <string_view>
 
 #include "Optrella/Text/Characters.hpp"
@@ -100,8 +99,9 @@ std::vector<std::string> distinctNames(std::span<const Form* const> forms,
                                        std::string_view nothing) noexcept {
     std::vector<std::string> names;
     for (const Form* form : forms) names.push_back(commandName(*form));
-    const std::set<std::string> different(names.begin(), names.end());
-    if (different.size() < names.size()) {
+    std::vector<std::string> sorted = names;
+    std::sort(sorted.begin(), sorted.end());
+    if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) {
         names.clear();
         for (const Form* form : forms) names.push_back(synopsis(*form, Extent::whole));
     }
