@@ -44,13 +44,19 @@ void forEachRequired(const Form& form, Action action) noexcept {
     }
 }
 
+std::string joined(std::initializer_list<std::string_view> pieces) noexcept {
+    std::string whole;
+    for (const std::string_view piece : pieces) whole += piece;
+    return whole;
+}
+
 // ---- What stands for a parameter ----
 
 std::string tagMacro(const Text& tag) noexcept {
     const std::string_view bytes = tag;
     // The macro writes the dash.
-    if (looksLikeOption(bytes)) return "Fl " + mdocArgument(bytes.substr(1));
-    return "Cm " + mdocArgument(bytes);
+    if (looksLikeOption(bytes)) return joined({"Fl ", mdocArgument(bytes.substr(1))});
+    return joined({"Cm ", mdocArgument(bytes)});
 }
 
 // "Fl n | Fl \-limit Ar COUNT", "Ar DISK Ns ...".
@@ -63,23 +69,23 @@ std::string written(const SlotRules& rules, std::string_view between) noexcept {
         }
     }
     if (!rules.takesValue) return macros;
-    if (!macros.empty()) macros += ' ';
-    macros += "Ar " + mdocArgument(valueName(rules));
     const bool isMany = rules.takes && rules.takes != Takes::one;
-    return isMany ? macros + " Ns ..." : macros;
+    return joined({macros, macros.empty() ? "Ar " : " Ar ", mdocArgument(valueName(rules)),
+                   isMany ? " Ns ..." : ""});
 }
 
 // ---- What a parameter takes ----
 
 std::string boundsOf(const ParameterNumber& number) noexcept {
-    const std::int64_t min = *number.rangeMin();
-    const std::int64_t max = *number.rangeMax();
-    const bool hasLeast = min != std::numeric_limits<std::int64_t>::min();
-    const bool hasGreatest = max != std::numeric_limits<std::int64_t>::max();
+    using Limits = std::numeric_limits<std::int64_t>;
+    const bool hasLeast = *number.rangeMin() != Limits::min();
+    const bool hasGreatest = *number.rangeMax() != Limits::max();
+    const std::string least = std::to_string(*number.rangeMin());
+    const std::string greatest = std::to_string(*number.rangeMax());
     if (hasLeast && hasGreatest)
-        return "A whole number from " + std::to_string(min) + " to " + std::to_string(max) + '.';
-    if (hasLeast) return "A whole number, at least " + std::to_string(min) + '.';
-    if (hasGreatest) return "A whole number, at most " + std::to_string(max) + '.';
+        return joined({"A whole number from ", least, " to ", greatest, "."});
+    if (hasLeast) return joined({"A whole number, at least ", least, "."});
+    if (hasGreatest) return joined({"A whole number, at most ", greatest, "."});
     return "A whole number.";
 }
 
@@ -89,11 +95,10 @@ std::string_view thingAt(ParameterFileURL::urlType type) noexcept {
 }
 
 std::string pathOf(const ParameterFileURL& path) noexcept {
-    const std::string thing(thingAt(path.type));
-    if (path.state == ParameterFileURL::existState::exist) return "An existing " + thing + '.';
-    if (path.state == ParameterFileURL::existState::absent)
-        return "A " + thing + " that does not exist yet.";
-    return "A " + thing + '.';
+    using State = ParameterFileURL::existState;
+    const std::string_view existing = path.state == State::exist ? "An existing " : "A ";
+    const std::string_view absent = path.state == State::absent ? " that does not exist yet" : "";
+    return joined({existing, thingAt(path.type), absent, "."});
 }
 
 // Sentences.
@@ -138,10 +143,10 @@ public:
     }
 
 private:
-    template <class... Pieces>
-    void line(const Pieces&... pieces) noexcept {
-        (page_.append(pieces), ...);
-        page_ += '\n';
+    // Called from many places: small rather than fast.
+    [[gnu::noinline]] void line(std::string_view first, std::string_view second = {},
+                                std::string_view third = {}) noexcept {
+        page_.append(first).append(second).append(third) += '\n';
     }
     void beginList() noexcept { line(".Bl -tag -width Ds"); }
     void endList() noexcept { line(".El"); }
@@ -206,8 +211,7 @@ private:
     // More than two lines of a terminal are no overview.
     void addOptions(const Form& form) noexcept {
         constexpr std::size_t most = 160;
-        const bool isLong =
-            columns(synopsis(form, std::numeric_limits<std::size_t>::max())) > most;
+        const bool isLong = columns(synopsis(form, std::numeric_limits<std::size_t>::max())) > most;
         if (isLong && hasOptions(form)) {
             line(".Op Ar OPTIONS");
             return;
@@ -222,7 +226,7 @@ private:
         if (macros.empty()) return;  // of a flag without tags
         const bool isRepeated = rules.takesValue && rules.mayRepeat && !rules.takes;
         if (rules.isRequired) {
-            line('.' + macros, isRepeated ? " Ns ..." : "");
+            line(".", macros, isRepeated ? " Ns ..." : "");
         } else if (isRepeated) {
             line(".Oo ", macros, " Oc Ns ...");
         } else {
@@ -245,7 +249,7 @@ private:
         }
         if (!tool_.version.empty()) {
             line(".Pp");
-            appendProse(page_, "This page describes version " + tool_.version.str() + '.');
+            appendProse(page_, joined({"This page describes version ", tool_.version, "."}));
         }
         // A section does not begin with a paragraph.
         const bool isFirst = mdocArguments(tool_.summary).empty();
@@ -297,7 +301,7 @@ private:
     }
 
     // The words and what else is required; the name of the tool where there is no word.
-    std::string headOf(const Form& form) const noexcept {
+    static std::string headOf(const Form& form) noexcept {
         std::string head = form.requiredWordCount() == 0 ? "Nm" : "";
         const auto add = [&](const SlotRules& rules) {
             const std::string macros = written(rules, " | ");
@@ -421,7 +425,7 @@ private:
         addStatus("0", "Success.");
         addStatus("64", "The command line is wrong, and nothing was done.");
         if (hasVisible([](const Form& form) { return form.requiresRoot(); }))
-            addStatus("77", "The command must be run as root, and was not allowed to.");
+            addStatus("77", "The command must be run as root, and sudo cannot take over.");
         addStatus("others", "What the command ends with when it fails.");
         endList();
     }

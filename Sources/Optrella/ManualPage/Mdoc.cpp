@@ -17,9 +17,7 @@ constexpr std::size_t longestLine = 80;
 constexpr std::string_view replacement = "\\[uFFFD]";
 constexpr std::string_view nothing = "\\&";
 
-constexpr bool isSpace(char byte) noexcept {
-    return byte == ' ' || (byte >= '\t' && byte <= '\r');
-}
+constexpr bool isSpace(char byte) noexcept { return byte == ' ' || (byte >= '\t' && byte <= '\r'); }
 
 // What formatters take for punctuation between arguments.
 constexpr bool isDelimiter(char byte) noexcept {
@@ -114,7 +112,7 @@ std::vector<std::string_view> words(std::string_view bytes) noexcept {
         bytes.remove_prefix(static_cast<std::size_t>(
             std::find_if_not(bytes.begin(), bytes.end(), isSpace) - bytes.begin()));
         if (bytes.empty()) return words;
-        const auto end = std::find_if(bytes.begin(), bytes.end(), isSpace);
+        const auto* const end = std::find_if(bytes.begin(), bytes.end(), isSpace);
         const auto size = static_cast<std::size_t>(end - bytes.begin());
         words.push_back(bytes.substr(0, size));
         bytes.remove_prefix(size);
@@ -138,12 +136,14 @@ std::string argumentOf(std::string_view word) noexcept {
     return argument;
 }
 
+bool isOneOf(std::string_view set, char byte) noexcept {
+    return set.find(byte) != std::string_view::npos;
+}
+
 // As in: (It ends.) "It ends."
 bool isEndOfSentence(std::string_view word) noexcept {
-    while (!word.empty() && std::string_view(")]'\"").find(word.back()) != word.npos) {
-        word.remove_suffix(1);
-    }
-    return !word.empty() && std::string_view(".?!").find(word.back()) != word.npos;
+    while (!word.empty() && isOneOf(")]'\"", word.back())) word.remove_suffix(1);
+    return !word.empty() && isOneOf(".?!", word.back());
 }
 
 // One of the author's lines, in lines that are short enough, each sentence on one of its own.

@@ -1,4 +1,5 @@
-// Mdoc.hpp - any texts in the language of manual pages, mdoc: shown as they are, whatever they hold.
+// Mdoc.hpp - any texts in the language of manual pages, mdoc: shown as they are, whatever they
+// hold.
 //
 // Lines that begin with a dot are macros, whose arguments may be macros, too, and a backslash
 // begins an escape. Everything that could be one of these is written in a way that cannot.
