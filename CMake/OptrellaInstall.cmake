@@ -26,6 +26,8 @@ install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/OptrellaConfig.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/OptrellaConfigVersion.cmake
   ${PROJECT_SOURCE_DIR}/CMake/FindUtf8proc.cmake
+  ${PROJECT_SOURCE_DIR}/CMake/OptrellaTool.cmake
+  ${PROJECT_SOURCE_DIR}/CMake/OptrellaToolFiles.cmake
   DESTINATION ${packageDirectory})
 
 # A prefix may be moved, or chosen when installing, so the file finds it by its own place. Not so the
