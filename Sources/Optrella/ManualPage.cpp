@@ -22,11 +22,6 @@ namespace {
 
 using namespace Internal;
 
-Tool conventional(Tool tool) noexcept {
-    tool.spelling = Spelling::conventional;
-    return tool;
-}
-
 bool isOption(const SlotRules& rules) noexcept { return !rules.isRequired && !rules.takes; }
 
 bool hasOptions(const Form& form) noexcept {
@@ -129,7 +124,7 @@ public:
     explicit Page(const Tool& tool) noexcept
         : tool_(tool),
           name_(tool.name.empty() ? "untitled" : tool.name),
-          grammar_(conventional(tool)) {}
+          grammar_(tool, Spelling::conventional) {}
 
     std::string text() noexcept {
         addTitle();
