@@ -23,7 +23,8 @@ LAYERS = [
     ["Parameters", "Elevation", "CommandLineExitStatus"],
     ["CommandLine", "Fetch"],
     ["Help", "Tool"],
-    ["Explain", "Complete", "Lint", "HelpPage", "CompletionScript", "ManualPage", "Description"],
+    ["Explain", "Complete", "Lint", "HelpPage", "ManualPage", "Description"],
+    ["CompletionScript"],
     ["RunTool"],
     ["Optrella"],
 ]

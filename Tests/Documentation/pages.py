@@ -191,8 +191,8 @@ class Compiler:
 
 def program_of_snippets(pages):
     """One program of all snippets: each page is a namespace, and what it asserts is run."""
-    headers = ["Complete.hpp", "Description.hpp", "Explain.hpp", "HelpPage.hpp", "Lint.hpp",
-               "ManualPage.hpp", "Optrella.hpp", "Tool.hpp"]
+    headers = ["Complete.hpp", "CompletionScript.hpp", "Description.hpp", "Explain.hpp", "HelpPage.hpp",
+               "Lint.hpp", "ManualPage.hpp", "Optrella.hpp", "Tool.hpp"]
     text = ["#undef NDEBUG", *(f"#include <Optrella/{each}>" for each in headers),
             "#include <cassert>", "#include <cstdio>", "#include <string>", "#include <vector>",
             "using namespace Optrella;"]

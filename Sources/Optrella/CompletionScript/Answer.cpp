@@ -41,15 +41,70 @@ void appendWithoutControls(std::string& to, std::string_view bytes) noexcept {
 }
 
 std::string_view nameOfKind(const Offer& offer) noexcept {
-    using enum ParameterFileURL::urlType;
-    switch (offer.kind) {
-        case Offer::Kind::tag: return "tag";
-        case Offer::Kind::choice: return "choice";
-        case Offer::Kind::value: return "value";
-        case Offer::Kind::path: break;
-    }
-    return offer.pathType == file ? "file" : offer.pathType == folder ? "directory" : "path";
+    using urlType = ParameterFileURL::urlType;
+    if (offer.kind == Offer::Kind::tag) return "tag";
+    if (offer.kind == Offer::Kind::choice) return "choice";
+    if (offer.kind == Offer::Kind::value) return "value";
+    if (offer.pathType == urlType::file) return "file";
+    return offer.pathType == urlType::folder ? "directory" : "path";
 }
+
+using Arguments = std::vector<Argument>;
+
+Arguments argumentsOf(std::span<const Text> line, const Vocabulary& vocabulary) noexcept {
+    Arguments arguments;
+    arguments.reserve(line.size());
+    for (const Text& each : line) arguments.emplace_back(each, vocabulary);
+    return arguments;
+}
+
+// Returns the walk after all of them, nothing when the declaration does not accept one.
+std::optional<Walk> walkAlong(const Form& form, const Arguments& line) noexcept {
+    Walk walk(form, Spelling::conventional);
+    for (const Argument& each : line) {
+        if (walk.read(each) != Reading::accepted) return std::nullopt;
+    }
+    return walk;
+}
+
+// What is said of a word that names a command, where it has no help of its own: the help of the
+// command, when only one is left that it may name.
+class CommandHelps {
+public:
+    CommandHelps(const Tool& tool, const Grammar& grammar, std::span<const Text> before) noexcept
+        : tool_(tool),
+          vocabulary_(grammar.vocabulary),
+          commands_(static_cast<std::size_t>(vocabulary_.size()), none) {
+        const Arguments line = argumentsOf(before, vocabulary_);
+        for (std::size_t i = 0; i < grammar.forms.size(); ++i) {
+            const Form& form = grammar.forms[i];
+            if (!form.isHidden() && walkAlong(form, line)) addWordsOf(form, i);
+        }
+    }
+
+    [[nodiscard]] Text of(const Text& word) const noexcept {
+        const Symbol symbol = vocabulary_.find(word);
+        const std::size_t command =
+            symbol == Vocabulary::unknown ? none : commands_[static_cast<std::size_t>(symbol)];
+        return command < several ? Declaration::help(tool_.commandLines[command]) : Text();
+    }
+
+private:
+    static constexpr std::size_t none = std::size_t(-1);
+    static constexpr std::size_t several = none - 1;
+
+    void addWordsOf(const Form& form, std::size_t command) noexcept {
+        for (const Form::Owner& owner : form.owners()) {
+            if (!form.slot(owner.slot).isRequiredWord) continue;
+            std::size_t& known = commands_[static_cast<std::size_t>(owner.tag)];
+            known = known == none ? command : several;
+        }
+    }
+
+    const Tool& tool_;
+    const Vocabulary& vocabulary_;
+    std::vector<std::size_t> commands_;  // by the symbols of their words
+};
 
 // `before` is what stands in the word before the offer.
 void appendLine(std::string& to, std::string_view before, const Offer& offer) noexcept {
@@ -69,36 +124,25 @@ void appendLine(std::string& to, std::string_view before, const Offer& offer) no
     to += '\n';
 }
 
-// Returns whether the next argument is the value of the last one.
-bool isValueDue(const Form& form, const std::vector<Argument>& line) noexcept {
-    Walk walk(form, Spelling::conventional);
-    for (const Argument& each : line) {
-        if (walk.read(each) != Reading::accepted) return false;
-    }
-    return walk.state().due != noSlot;
-}
-
 // "--sort=da" is read as "--sort" and "da", by those declarations alone in which "--sort" has a
 // value there.
-void appendAssigned(std::string& to, const Tool& tool, std::span<const Text> before,
-                    const Text& current) noexcept {
-    const Grammar grammar(tool);
+void appendAssigned(std::string& to, const Tool& tool, const Grammar& grammar,
+                    std::span<const Text> before, const Text& current) noexcept {
     const std::size_t value = Argument(current, grammar.vocabulary).assignment.value;
     const std::string_view bytes = current;
-    const std::string_view beginning = bytes.substr(0, value);
-    if (value == 0 || holdsControl(beginning)) return;
+    if (value == 0 || holdsControl(bytes.substr(0, value))) return;
     std::vector<Text> line(before.begin(), before.end());
     line.emplace_back(bytes.substr(0, value - 1));
-    std::vector<Argument> arguments;
-    for (const Text& each : line) arguments.emplace_back(each, grammar.vocabulary);
+    const Arguments arguments = argumentsOf(line, grammar.vocabulary);
     std::vector<CommandLinePossibility> declarations;
     for (std::size_t i = 0; i < grammar.forms.size(); ++i) {
-        if (isValueDue(grammar.forms[i], arguments)) declarations.push_back(tool.commandLines[i]);
+        const std::optional<Walk> walk = walkAlong(grammar.forms[i], arguments);
+        if (walk && walk->state().due != noSlot) declarations.push_back(tool.commandLines[i]);
     }
     Tool narrowed = tool;
     narrowed.commandLines = std::move(declarations);
     for (const Offer& each : complete(narrowed, line, bytes.substr(value))) {
-        appendLine(to, beginning, each);
+        appendLine(to, bytes.substr(0, value), each);
     }
 }
 
@@ -109,9 +153,15 @@ std::string completionAnswer(const Tool& tool, std::span<const Text> typed) noex
     conventional.spelling = Spelling::conventional;
     const Text current = typed.empty() ? Text() : typed.back();
     const auto before = typed.first(typed.empty() ? 0 : typed.size() - 1);
+    const Grammar grammar(conventional);
+    const CommandHelps helps(conventional, grammar, before);
     std::string answer;
-    for (const Offer& each : complete(conventional, before, current)) appendLine(answer, "", each);
-    appendAssigned(answer, conventional, before, current);
+    for (Offer& each : complete(conventional, before, current)) {
+        const bool isBare = each.kind == Offer::Kind::tag && each.help.empty();
+        if (isBare) each.help = helps.of(*each.word);
+        appendLine(answer, "", each);
+    }
+    appendAssigned(answer, conventional, grammar, before, current);
     return answer;
 }
 

@@ -19,6 +19,7 @@ namespace Optrella::Internal {
 //   file, directory, path  the shell completes a path, the last one of either kind; the word is
 //                          what stands before the path: "--file=", mostly nothing
 //
+// A word that names one command, and has no help of its own, has the command's.
 // After "--sort=" the values of "--sort" are offered, each as a whole word, "--sort=date".
 // No help holds a control character: ends of lines and tabs become spaces. A word that holds one is
 // left out, because without it, it would be another word.

@@ -4,7 +4,8 @@ namespace Optrella::Internal {
 
 namespace {
 
-constexpr std::string_view bash = R"script(# Completes the words of @NAME@ in bash 4.4 or later: asks the command itself.
+constexpr std::string_view bash =
+    R"script(# Completes the words of @NAME@ in bash 4.4 or later: asks the command itself.
 
 # Reads the line, for COMP_WORDS is cut at "=" and ":". Expands nothing.
 @FUNCTION@_read() {
@@ -64,7 +65,7 @@ constexpr std::string_view bash = R"script(# Completes the words of @NAME@ in ba
   COMPREPLY=()
   @FUNCTION@_read || { compopt -o bashdefault -o default; return; }
   line=${words[0]}
-  [[ $line =~ ^(~[[:alnum:]_.-]*)(/.*)$ ]] && eval "line=${BASH_REMATCH[1]}\${BASH_REMATCH[2]}"
+  [[ $line =~ ^(~[[:alnum:]_.-]*)(/.*)$ ]] && eval "line=${BASH_REMATCH[1]}" && line+=${BASH_REMATCH[2]}
   [[ $line =~ ^\$([[:alpha:]_][[:alnum:]_]*)(/.*)$ ]] && line=${!BASH_REMATCH[1]}${BASH_REMATCH[2]}
   type -P -- "$line" || line='@NAME@'
   type -P -- "$line" || return
@@ -135,7 +136,10 @@ constexpr std::string_view zsh = R"script(#compdef @NAME@
       (file|path) paths=file before=$word ;;
       (directory) paths=${paths:-directory} before=$word ;;
       (tag|choice|value)
-        if [[ -n $word ]]; then
+        # In quotes zsh cannot insert what is not UTF-8.
+        if [[ -n $word && -n $quote && ${(V)word} != "$word" ]]; then
+          continue
+        elif [[ -n $word ]]; then
           offers+=("$word") helps+=("$line")
           (( ${(m)#word} > width )) && width=${(m)#word}
         else
@@ -169,41 +173,51 @@ case $zsh_eval_context[-1] in
 esac
 )script";
 
-constexpr std::string_view fish = R"script(# Completes the words of @NAME@ in fish 3 or later: asks the command itself.
+constexpr std::string_view fish =
+    R"script(# Completes the words of @NAME@ in fish 3 or later: asks the command itself.
 function @FUNCTION@
     set -l raw (commandline -ct | string collect)
     set -l tokens
     set -l words
-    set -l target
+    set -l file
+    set -l due
+    set -l offers
     printf %s (commandline -pc | string collect) | read -zlat tokens
     test -n "$raw"; or set -a tokens ''
     for each in $tokens[1..-2]
-        if set -q target[1]
-            set -e target
+        if set -q file[1]
+            set -e file
         else if string match -qr '^[0-9&]*[<>][<>|&?]*$' -- $each
-            set target 1
+            set file 1
         else
             set -a words $each
         end
     end
-    set -l program (string match -r '^(~[\\w.-]*)(/.*)$' -- $words[1])
-    and eval "set words[1] $program[2]"(string escape -- $program[3])
-    set -l program (string match -r '^\$(\\w+)(/.*)$' -- $words[1])
-    and set words[1] $$program[2]$program[3]
+    set -l path (string match -r '^(~[\\w.-]*)(/.*)$' -- $words[1])
+    and eval "set path[2] $path[2]"
+    and set words[1] $path[2]$path[3]
+    set path (string match -r '^\$(\\w+)(/.*)$' -- $words[1])
+    and set words[1] (set -l variable $path[2]; printf %s $$variable)$path[3]
     command -sq -- $words[1]; or set words[1] '@NAME@'
     command -sq -- $words[1]; or return
     for line in (OPTRELLA_COMPLETE=1 command $words $tokens[-1] 2>/dev/null </dev/null)
         set -l fields (string split -m 2 \t -- $line)
-        set -l path (string replace -- "$fields[2]" '' $raw)
+        set path (string replace -- "$fields[2]" '' "$raw")
         switch $fields[1]
             case tag choice value
-                test -n "$fields[2]" -o -z "$raw"; and printf '%s\t%s\n' $fields[2] $fields[3]
+                if test -n "$fields[2]"
+                    set -a offers $fields[2]\t$fields[3]
+                else if test -z "$raw"
+                    set -a due \t$fields[3]
+                end
             case file path
-                printf '%s\n' $fields[2](complete -C "'' $path")
+                set -a offers $fields[2](complete -C "'' $path")
             case directory
-                printf '%s\n' $fields[2](complete -C "'' $path" | string match -r '^.*/(?=$|\t)')
+                set -a offers $fields[2](complete -C "'' $path" | string match -r '^.*/(?=$|\t)')
         end
     end
+    # An offer of nothing keeps fish from inserting the only word, where another may be meant.
+    set -q offers[1]; and printf '%s\n' $due $offers
 end
 complete -c '@NAME@' -fka '(@FUNCTION@)'
 )script";
@@ -212,9 +226,12 @@ complete -c '@NAME@' -fka '(@FUNCTION@)'
 
 std::string_view scriptOf(Shell shell) noexcept {
     switch (shell) {
-        case Shell::bash: return bash;
-        case Shell::zsh: return zsh;
-        case Shell::fish: break;
+        case Shell::bash:
+            return bash;
+        case Shell::zsh:
+            return zsh;
+        case Shell::fish:
+            break;
     }
     return fish;
 }
