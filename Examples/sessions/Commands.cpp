@@ -92,9 +92,8 @@ bool isListed(const Session& each, const Parameters& given) {
     const auto wanted = fetchOptionalListOption(state, given);
     if (wanted && wanted->firstTag() != each.state) return false;
     const auto needed = fetchAllStrings(with, given);
-    return std::all_of(needed.begin(), needed.end(), [&each](const Text& one) {
-        return each.labels.contains(one.str());
-    });
+    return std::all_of(needed.begin(), needed.end(),
+                       [&each](const Text& one) { return each.labels.contains(one.str()); });
 }
 
 void print(const Entry& entry, bool isAll) {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Optrella/Complete/Offers.hpp"
 #include "Optrella/Text/Characters.hpp"
 #include "Optrella/Tool/LineSearch.hpp"
 #include "Optrella/Tool/Rivals.hpp"
@@ -46,9 +47,9 @@ private:
 
 class Completion {
 public:
-    Completion(const Tool& tool, std::span<const Text> before, const Text& current,
-               Offers offers) noexcept
-        : grammar_(tool),
+    Completion(const Tool& tool, const Grammar& grammar, std::span<const Text> before,
+               const Text& current, Offers offers) noexcept
+        : grammar_(grammar),
           lexicon_(grammar_),
           rivals_(grammar_, lexicon_, before),
           current_(current),
@@ -230,7 +231,7 @@ private:
         ofRank(rank).push_back(std::move(offer));
     }
 
-    const Grammar grammar_;
+    const Grammar& grammar_;
     const Lexicon lexicon_;
     Rivals rivals_;
     const Beginning current_;
@@ -242,9 +243,15 @@ private:
 
 }  // namespace
 
+std::vector<Offer> Internal::offersOf(const Tool& tool, const Grammar& grammar,
+                                      std::span<const Text> before, const Text& current,
+                                      Offers offers) noexcept {
+    return Completion(tool, grammar, before, current, offers).offers();
+}
+
 std::vector<Offer> complete(const Tool& tool, ArgumentList before, const Text& current,
                             Offers offers) noexcept {
-    return Completion(tool, before.texts(), current, offers).offers();
+    return Internal::offersOf(tool, Internal::Grammar(tool), before.texts(), current, offers);
 }
 
 }  // namespace Optrella

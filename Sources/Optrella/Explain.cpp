@@ -4,6 +4,7 @@
 #include <span>
 #include <utility>
 
+#include "Optrella/Explain/Explained.hpp"
 #include "Optrella/Explain/Rejection.hpp"
 #include "Optrella/Explain/Tries.hpp"
 #include "Optrella/Tool/Grammar.hpp"
@@ -28,8 +29,9 @@ Outcome outcomeOfFit(const Attempt& fit) noexcept {
     return fit.missing.empty() ? Outcome::runs : Outcome::parameterMissing;
 }
 
-Explanation explained(const Tool& tool, std::span<const Text> arguments) noexcept {
-    const Internal::Grammar grammar(tool);
+}  // namespace
+
+Explanation Internal::explained(const Grammar& grammar, std::span<const Text> arguments) noexcept {
     const auto line = Internal::argumentsOf(arguments, grammar.vocabulary);
     Internal::Tries tries(grammar, line);
     std::vector<Try> all;
@@ -63,10 +65,8 @@ Explanation explained(const Tool& tool, std::span<const Text> arguments) noexcep
     return explanation;
 }
 
-}  // namespace
-
 Explanation explain(const Tool& tool, ArgumentList arguments) noexcept {
-    return explained(tool, arguments.texts());
+    return Internal::explained(Internal::Grammar(tool), arguments.texts());
 }
 
 Explanation explain(const Tool& tool, int argc, const char* const* argv) noexcept {

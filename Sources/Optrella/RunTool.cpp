@@ -10,7 +10,7 @@
 #include "Optrella/CompletionScript/Answer.hpp"
 #include "Optrella/Description.hpp"
 #include "Optrella/Elevation/HandToSudo.hpp"
-#include "Optrella/Explain.hpp"
+#include "Optrella/Explain/Explained.hpp"
 #include "Optrella/Explain/Rejection.hpp"
 #include "Optrella/HelpPage.hpp"
 #include "Optrella/ManualPage.hpp"
@@ -71,23 +71,14 @@ void complain(const Tool& tool, std::string_view sentence) noexcept {
 
 // ---- Lines that run no command ----
 
-// As the arguments are read, whatever the tool says of its spelling.
-Tool conventional(const Tool& tool) noexcept {
-    Tool copy = tool;
-    copy.spelling = Spelling::conventional;
-    return copy;
-}
-
-// REQUIRES: a conventional tool.
-int refuse(const Tool& tool, std::span<const Text> arguments,
+int refuse(const Tool& tool, const Grammar& grammar, std::span<const Text> arguments,
            const Explanation& explanation) noexcept {
-    complain(words(tool, arguments, explanation, widthOf(Stream::error)));
+    complain(inWords(tool.name, grammar, arguments, explanation, widthOf(Stream::error)));
     return wrongLine;
 }
 
-int refuse(const Tool& tool, std::span<const Text> arguments) noexcept {
-    const Tool read = conventional(tool);
-    return refuse(read, arguments, explain(read, arguments));
+int refuse(const Tool& tool, const Grammar& grammar, std::span<const Text> arguments) noexcept {
+    return refuse(tool, grammar, arguments, explained(grammar, arguments));
 }
 
 int answer(std::string_view text) noexcept {
@@ -103,7 +94,7 @@ int answerCompletion(const Tool& tool, const std::optional<Text>& shell) noexcep
     return wrongLine;
 }
 
-int answer(const Tool& tool, const Question& question) noexcept {
+int answer(const Tool& tool, const Grammar& grammar, const Question& question) noexcept {
     const std::size_t width = widthOf(Stream::output);
     const Emphasis emphasis = emphasisOn(Stream::output);
     switch (question.about) {
@@ -112,7 +103,7 @@ int answer(const Tool& tool, const Question& question) noexcept {
         case About::commands:
             return answer(helpPage(tool, question.commands, width, emphasis));
         case About::noCommand:
-            return refuse(tool, question.words);
+            return refuse(tool, grammar, question.words);
         case About::version:
             return answer(tool.name.str().append(" ").append(tool.version).append("\n"));
         case About::completion:
@@ -131,10 +122,11 @@ int runNothing(const Tool& tool, std::span<const Text> arguments) noexcept {
             helpPage(tool, widthOf(Stream::error), emphasisOn(Stream::error)));
         return wrongLine;
     }
-    if (const std::optional<Question> question = questionOf(tool, arguments)) {
-        return answer(tool, *question);
+    const Grammar grammar(tool, Spelling::conventional);
+    if (const std::optional<Question> question = questionOf(tool, grammar, arguments)) {
+        return answer(tool, grammar, *question);
     }
-    return refuse(tool, arguments);
+    return refuse(tool, grammar, arguments);
 }
 
 // ---- The command ----
@@ -166,7 +158,7 @@ int runCommand(const Tool& tool, std::span<const Text> arguments, Chosen chosen)
     }
     std::vector<RejectedValue> rejected = rejections(chosen.fit.given);
     if (!rejected.empty()) {
-        return refuse(conventional(tool), arguments,
+        return refuse(tool, Grammar(tool, Spelling::conventional), arguments,
                       explanationOf(chosen, arguments.size(), std::move(rejected)));
     }
     return statusOf(chosen.fit);

@@ -1,5 +1,5 @@
-// Linked in place of the library's own parse, explain and runTool: what a program hands them is linted, and
-// nothing of it is run. An object's definition wins over an archive's member.
+// Linked in place of the library's own parse, explain and runTool: what a program hands them is
+// linted, and nothing of it is run. An object's definition wins over an archive's member.
 
 #include <Optrella/Explain.hpp>
 #include <Optrella/Lint.hpp>

@@ -29,11 +29,8 @@ const ParameterNone human{{"-h"}, "h"};
 const ParameterNumber limit{{"-n", "--limit"}, "count", 1, 10, "h"};
 const ParameterUUID owner{{"--owner"}, "owner", "h"};
 const ParameterNone add{{"add"}, "h"};
-const ParameterFileURL file{{"--file"},
-                            ParameterFileURL::urlType::file,
-                            ParameterFileURL::existState::exist,
-                            "file",
-                            "h"};
+const ParameterFileURL file{
+    {"--file"}, ParameterFileURL::urlType::file, ParameterFileURL::existState::exist, "file", "h"};
 const ParameterNone install{{"install"}, "h"};
 const ParameterNone debug{{"debug"}, "h"};
 const ParameterNone in{{"in"}, "h"};
@@ -53,8 +50,12 @@ protected:
     CommandLinePossibility declaration(std::initializer_list<ParameterProtocol> required,
                                        std::initializer_list<ParameterProtocol> optional,
                                        bool requiresRoot = false, bool hidden = false) {
-        return {requiresRoot, Parameters(required), Parameters(optional),
-                "h",          hidden,               [this](const Parameters& given) { act(given); }};
+        return {requiresRoot,
+                Parameters(required),
+                Parameters(optional),
+                "h",
+                hidden,
+                [this](const Parameters& given) { act(given); }};
     }
 
     // Runs the tool, and returns what it prints.
@@ -201,8 +202,9 @@ TEST_F(RunTool, AsksTheFileSystemOnceForAPath) {
 
 TEST_F(RunTool, RunsNothingWhereTwoFit) {
     tool_.commandLines = std::vector{declaration({list}, {}), declaration({list}, {all})};
-    EXPECT_EQ(said({"list"}), Words{"items: 'list' fits two commands: 'list' and 'list [-a|--all]'\n"
-                                    "items: 'items --help' shows all commands\n"});
+    EXPECT_EQ(said({"list"}),
+              Words{"items: 'list' fits two commands: 'list' and 'list [-a|--all]'\n"
+                    "items: 'items --help' shows all commands\n"});
     EXPECT_EQ(status_, 64);
     EXPECT_EQ(calls_, 0);
 }
@@ -280,8 +282,7 @@ TEST_F(RunTool, ShowsThePageOfAllCommandsThatTheWordsLeave) {
     EXPECT_EQ(out({"help", "remote"}), page);
     EXPECT_EQ(out({"add", "--help"}), helpPage(tool_, std::vector<std::size_t>{1}).str());
     EXPECT_EQ(out({"prune", "--help"}), helpPage(tool_, std::vector<std::size_t>{6}).str());
-    EXPECT_EQ(out({"help", "remote", "prune"}),
-              helpPage(tool_, std::vector<std::size_t>{6}).str());
+    EXPECT_EQ(out({"help", "remote", "prune"}), helpPage(tool_, std::vector<std::size_t>{6}).str());
 }
 
 TEST_F(RunTool, ShowsThePageOfAHiddenCommandToThoseWhoKnowIt) {
@@ -290,10 +291,11 @@ TEST_F(RunTool, ShowsThePageOfAHiddenCommandToThoseWhoKnowIt) {
 }
 
 TEST_F(RunTool, ExplainsWhatIsNoCommandInsteadOfHelping) {
-    const Words explained{"items: 'lsit' is not known; did you mean 'list'?\n"
-                          "items: usage: items list [-a|--all] [-n|--limit COUNT] [--owner OWNER] "
-                          "[-h]\n"
-                          "items: 'items --help' shows all commands\n"};
+    const Words explained{
+        "items: 'lsit' is not known; did you mean 'list'?\n"
+        "items: usage: items list [-a|--all] [-n|--limit COUNT] [--owner OWNER] "
+        "[-h]\n"
+        "items: 'items --help' shows all commands\n"};
     EXPECT_EQ(said({"lsit", "--help"}), explained);
     EXPECT_EQ(status_, 64);
     EXPECT_EQ(said({"help", "lsit"}), explained);

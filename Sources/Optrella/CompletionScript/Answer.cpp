@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "Optrella/Complete.hpp"
+#include "Optrella/Complete/Offers.hpp"
 #include "Optrella/Text/Characters.hpp"
 #include "Optrella/Text/Unicode.hpp"
 #include "Optrella/Tool/Argument.hpp"
@@ -134,14 +134,13 @@ void appendAssigned(std::string& to, const Tool& tool, const Grammar& grammar,
     std::vector<Text> line(before.begin(), before.end());
     line.emplace_back(bytes.substr(0, value - 1));
     const Arguments arguments = argumentsOf(line, grammar.vocabulary);
-    std::vector<CommandLinePossibility> declarations;
+    std::vector<const CommandLinePossibility*> declarations;
     for (std::size_t i = 0; i < grammar.forms.size(); ++i) {
         const std::optional<Walk> walk = walkAlong(grammar.forms[i], arguments);
-        if (walk && walk->state().due != noSlot) declarations.push_back(tool.commandLines[i]);
+        if (walk && walk->state().due != noSlot) declarations.push_back(&tool.commandLines[i]);
     }
-    Tool narrowed = tool;
-    narrowed.commandLines = std::move(declarations);
-    for (const Offer& each : complete(narrowed, line, bytes.substr(value))) {
+    const Grammar narrowed(tool, Spelling::conventional, declarations);
+    for (const Offer& each : offersOf(tool, narrowed, line, bytes.substr(value), Offers::reduced)) {
         appendLine(to, bytes.substr(0, value), each);
     }
 }
@@ -149,19 +148,17 @@ void appendAssigned(std::string& to, const Tool& tool, const Grammar& grammar,
 }  // namespace
 
 std::string completionAnswer(const Tool& tool, std::span<const Text> typed) noexcept {
-    Tool conventional = tool;
-    conventional.spelling = Spelling::conventional;
     const Text current = typed.empty() ? Text() : typed.back();
     const auto before = typed.first(typed.empty() ? 0 : typed.size() - 1);
-    const Grammar grammar(conventional);
-    const CommandHelps helps(conventional, grammar, before);
+    const Grammar grammar(tool, Spelling::conventional);
+    const CommandHelps helps(tool, grammar, before);
     std::string answer;
-    for (Offer& each : complete(conventional, before, current)) {
+    for (Offer& each : offersOf(tool, grammar, before, current, Offers::reduced)) {
         const bool isBare = each.kind == Offer::Kind::tag && each.help.empty();
         if (isBare) each.help = helps.of(*each.word);
         appendLine(answer, "", each);
     }
-    appendAssigned(answer, conventional, grammar, before, current);
+    appendAssigned(answer, tool, grammar, before, current);
     return answer;
 }
 

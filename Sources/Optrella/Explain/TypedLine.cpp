@@ -8,8 +8,8 @@
 
 namespace Optrella::Internal {
 
-TypedLine::TypedLine(const Tool& tool, std::span<const Text> arguments) noexcept
-    : grammar_(tool), arguments_(argumentsOf(arguments, grammar_.vocabulary)) {}
+TypedLine::TypedLine(const Grammar& grammar, std::span<const Text> arguments) noexcept
+    : grammar_(grammar), arguments_(argumentsOf(arguments, grammar_.vocabulary)) {}
 
 const SlotRules* TypedLine::rulesOf(const Attempt& attempt, const Text& tag) const noexcept {
     const Form& form = formOf(attempt);

@@ -16,8 +16,8 @@ namespace Optrella::Internal {
 
 class TypedLine {
 public:
-    // Views the tool.
-    TypedLine(const Tool& tool, std::span<const Text> arguments) noexcept;
+    // Views the grammar.
+    TypedLine(const Grammar& grammar, std::span<const Text> arguments) noexcept;
 
     [[nodiscard]] const Grammar& grammar() const noexcept { return grammar_; }
     [[nodiscard]] const std::vector<Argument>& arguments() const noexcept { return arguments_; }
@@ -58,7 +58,7 @@ private:
     enum class Unknown : std::uint8_t { leftOut, asValue };
     [[nodiscard]] bool fitsWith(const Attempt& attempt, Unknown unknown) const noexcept;
 
-    const Grammar grammar_;
+    const Grammar& grammar_;
     const std::vector<Argument> arguments_;
 };
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Optrella/Explain.hpp"
+#include "Optrella/Explain/Explained.hpp"
 #include "Optrella/Explain/Problem.hpp"
 #include "Optrella/Explain/Tries.hpp"
 #include "Optrella/Explain/TypedLine.hpp"
@@ -22,9 +23,9 @@ using namespace Internal;
 
 class Speech {
 public:
-    Speech(const Tool& tool, std::span<const Text> arguments, const Explanation& explanation,
-           std::size_t width) noexcept
-        : tool_(tool), line_(tool, arguments), explanation_(explanation), width_(width) {}
+    Speech(const Text& name, const Grammar& grammar, std::span<const Text> arguments,
+           const Explanation& explanation, std::size_t width) noexcept
+        : name_(name), line_(grammar, arguments), explanation_(explanation), width_(width) {}
 
     std::vector<Text> lines() noexcept {
         switch (explanation_.outcome) {
@@ -51,7 +52,7 @@ private:
     using Attempts = std::vector<const Attempt*>;
 
     void say(std::initializer_list<std::string_view> pieces) noexcept {
-        std::string line = tool_.name.str() + ": ";
+        std::string line = name_.str() + ": ";
         for (const std::string_view piece : pieces) line += piece;
         lines_.emplace_back(line);
     }
@@ -59,7 +60,7 @@ private:
     void sayWhereHelpIs() noexcept {
         // As parse reads, there is no such option.
         if (line_.grammar().isExact()) return;
-        say({"'", tool_.name, " --help' shows all commands"});
+        say({"'", name_, " --help' shows all commands"});
     }
 
     void sayNothing() noexcept {
@@ -68,10 +69,10 @@ private:
     }
 
     void sayUsage(const Attempt& attempt) noexcept {
-        const std::string before = tool_.name.str() + ": usage: " + tool_.name.str() + " ";
+        const std::string before = name_.str() + ": usage: " + name_.str() + " ";
         const std::size_t taken = columns(before);
         const std::size_t left = width_ > taken ? width_ - taken : 0;
-        say({"usage: ", tool_.name, " ", synopsis(line_.formOf(attempt), left)});
+        say({"usage: ", name_, " ", synopsis(line_.formOf(attempt), left)});
     }
 
     // Of one or two; of more the help is better read.
@@ -93,7 +94,7 @@ private:
         }
         const std::string count = fits.size() == 2 ? "two" : std::to_string(fits.size());
         say({quoted(typed), " fits ", count,
-             " commands: ", listed(distinctNames(fits, tool_.name), " and ")});
+             " commands: ", listed(distinctNames(fits, name_), " and ")});
         sayWhereHelpIs();
     }
 
@@ -189,7 +190,7 @@ private:
         }
     }
 
-    const Tool& tool_;
+    const Text& name_;
     const TypedLine line_;
     const Explanation& explanation_;
     const std::size_t width_;
@@ -198,9 +199,15 @@ private:
 
 }  // namespace
 
+std::vector<Text> Internal::inWords(const Text& name, const Grammar& grammar,
+                                    std::span<const Text> arguments, const Explanation& explanation,
+                                    std::size_t width) noexcept {
+    return Speech(name, grammar, arguments, explanation, width).lines();
+}
+
 std::vector<Text> words(const Tool& tool, ArgumentList arguments, const Explanation& explanation,
                         std::size_t width) noexcept {
-    return Speech(tool, arguments.texts(), explanation, width).lines();
+    return inWords(tool.name, Grammar(tool), arguments.texts(), explanation, width);
 }
 
 std::vector<Text> words(const Tool& tool, int argc, const char* const* argv,

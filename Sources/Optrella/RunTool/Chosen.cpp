@@ -114,9 +114,8 @@ private:
                isBefore(match.declared, first + required_.size());
     }
     [[nodiscard]] std::size_t countOfRequired() const noexcept {
-        return static_cast<std::size_t>(
-            std::count_if(given_.begin(), given_.end(),
-                          [this](const Match& each) { return isRequired(each); }));
+        return static_cast<std::size_t>(std::count_if(
+            given_.begin(), given_.end(), [this](const Match& each) { return isRequired(each); }));
     }
 
     KeptList required_;
@@ -127,9 +126,9 @@ private:
 
 Chosen chosenOf(const Tool& tool, const CommandLinePossibility& declaration,
                 Parameters given) noexcept {
-    return {static_cast<std::size_t>(&declaration - tool.commandLines.begin()),
-            {Declaration::requiresRoot(declaration), Declaration::run(declaration),
-             std::move(given)}};
+    return {
+        static_cast<std::size_t>(&declaration - tool.commandLines.begin()),
+        {Declaration::requiresRoot(declaration), Declaration::run(declaration), std::move(given)}};
 }
 
 // Reads the line for each of them.

@@ -17,8 +17,9 @@ struct Chosen {
     Fit fit;
 };
 
-// Returns the one declaration that the arguments fit conventionally, nothing when none or more than one does: what
-// `explain` finds, without reading the line for declarations whose words it does not hold.
+// Returns the one declaration that the arguments fit conventionally, nothing when none or more than
+// one does: what `explain` finds, without reading the line for declarations whose words it does not
+// hold.
 [[nodiscard]] std::optional<Chosen> chosen(const Tool& tool,
                                            std::span<const Text> arguments) noexcept;
 

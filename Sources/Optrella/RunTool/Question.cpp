@@ -116,12 +116,9 @@ struct OwnOption {
 };
 
 constexpr OwnOption ownOptions[] = {
-    {"--help", About::tool},
-    {"-h", About::tool},
-    {"--version", About::version},
-    {"--completion", About::completion},
-    {"--manual", About::manual},
-    {"--describe", About::description},
+    {"--help", About::tool},       {"-h", About::tool},
+    {"--version", About::version}, {"--completion", About::completion},
+    {"--manual", About::manual},   {"--describe", About::description},
 };
 constexpr std::string_view completionWithShell = "--completion=";
 constexpr std::string_view helpCommand = "help";
@@ -191,10 +188,10 @@ Question question(About about, const Grammar& grammar, const Readers& before,
 
 }  // namespace
 
-std::optional<Question> questionOf(const Tool& tool, std::span<const Text> arguments) noexcept {
+std::optional<Question> questionOf(const Tool& tool, const Grammar& grammar,
+                                   std::span<const Text> arguments) noexcept {
     const auto end = std::find(arguments.begin(), arguments.end(), "--");
     arguments = arguments.first(static_cast<std::size_t>(end - arguments.begin()));
-    const Grammar grammar(tool, Spelling::conventional);
     Readers readers(grammar);
     for (std::size_t place = 0; place < arguments.size(); ++place) {
         const Argument argument(arguments[place], grammar.vocabulary);
