@@ -1,11 +1,11 @@
 #include "Optrella/CompletionScript.hpp"
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 
 #include "Optrella/CompletionScript/Scripts.hpp"
 #include "Optrella/Text/Unicode.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 
 namespace Optrella {
 
@@ -23,7 +23,7 @@ bool mayBeTyped(std::string_view name) noexcept {
                std::string_view("+-._:@").find(byte) != std::string_view::npos;
     };
     return !name.empty() && name.front() != '-' && Internal::isUTF8(name) &&
-           std::all_of(name.begin(), name.end(), isHarmless);
+           Internal::allOf(name, isHarmless);
 }
 
 // What every shell takes for the name of a function.

@@ -1,6 +1,5 @@
 #include "Optrella/Description.hpp"
 
-#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -9,6 +8,7 @@
 #include "Optrella/Parameters.hpp"
 #include "Optrella/Text/StringBuilder.hpp"
 #include "Optrella/Text/Unicode.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 
 namespace Optrella {
 
@@ -94,9 +94,8 @@ std::string_view wordOf(bool value) noexcept { return value ? "true" : "false"; 
 
 bool isOfOwnKind(const ParameterView& parameter) noexcept {
     const auto& library = Internal::builtInOperations;
-    return std::none_of(library.begin(), library.end(), [&](const auto& operations) {
-        return &operations == &parameter.operations();
-    });
+    return Internal::noneOf(
+        library, [&](const auto& operations) { return &operations == &parameter.operations(); });
 }
 
 // A library's kind tells by itself whether a value follows, unless somebody has changed that.
@@ -161,19 +160,23 @@ std::string_view wordOf(Takes takes) noexcept {
 }
 
 // Those that are named after a parameter without tags mean none.
-template <class Named>
-std::vector<const Named*> thatName(const std::vector<Named>& all) noexcept {
-    std::vector<const Named*> named;
+template <class Named, class Append>
+void appendNamed(StringBuilder& json, const std::vector<Named>& all, Append appendEach) noexcept {
+    append(json, "[");
+    std::string_view divider;
     for (const Named& each : all) {
-        if (each.firstTag()) named.push_back(&each);
+        if (!each.firstTag()) continue;
+        append(json, divider);
+        appendEach(json, each);
+        divider = ", ";
     }
-    return named;
+    append(json, "]");
 }
 
-void appendOperand(StringBuilder& json, const Operand* operand) noexcept {
+void appendOperand(StringBuilder& json, const Operand& operand) noexcept {
     append(json, R"({"tag": )");
-    appendText(json, *operand->firstTag());
-    append(json, R"(, "takes": ")", wordOf(operand->takes()), R"("})");
+    appendText(json, *operand.firstTag());
+    append(json, R"(, "takes": ")", wordOf(operand.takes()), R"("})");
 }
 
 void appendDeclaration(StringBuilder& json, const CommandLinePossibility& declaration) noexcept {
@@ -195,10 +198,10 @@ void appendSurroundings(StringBuilder& json, const Tool& tool) noexcept {
     append(json, ",\n \"summary\": ");
     appendText(json, tool.summary);
     append(json, ",\n \"operands\": ");
-    appendList(json, thatName(tool.operands), appendOperand);
+    appendNamed(json, tool.operands, appendOperand);
     append(json, ",\n \"repeated\": ");
-    appendList(json, thatName(tool.repeated),
-               [](StringBuilder& to, const Repeated* each) { appendText(to, *each->firstTag()); });
+    appendNamed(json, tool.repeated,
+                [](StringBuilder& to, const Repeated& each) { appendText(to, *each.firstTag()); });
 }
 
 }  // namespace

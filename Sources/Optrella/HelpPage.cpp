@@ -12,6 +12,7 @@
 #include "Optrella/HelpPage/OwnOptions.hpp"
 #include "Optrella/HelpPage/Sheet.hpp"
 #include "Optrella/Text/Characters.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 #include "Optrella/Tool/Grammar.hpp"
 
 namespace Optrella {
@@ -203,10 +204,9 @@ private:
     }
 
     [[nodiscard]] Prose usageOfMany(const std::vector<Text>& words) const noexcept {
-        const bool areEnough =
-            std::any_of(commands_.begin(), commands_.end(), [&words](const Command& command) {
-                return static_cast<std::size_t>(command.form().requiredCount()) == words.size();
-            });
+        const bool areEnough = anyOf(commands_, [&words](const Command& command) {
+            return static_cast<std::size_t>(command.form().requiredCount()) == words.size();
+        });
         Prose usage = typed(words);
         usage.add(areEnough ? "[COMMAND ...]" : "COMMAND ...");
         return usage;

@@ -1,6 +1,5 @@
 #include "Optrella/ManualPage.hpp"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -13,6 +12,7 @@
 #include "Optrella/ManualPage/Mdoc.hpp"
 #include "Optrella/Text/Characters.hpp"
 #include "Optrella/Tool/Argument.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 #include "Optrella/Tool/Grammar.hpp"
 #include "Optrella/Tool/Synopsis.hpp"
 
@@ -24,9 +24,7 @@ using namespace Internal;
 
 bool isOption(const SlotRules& rules) noexcept { return !rules.isRequired && !rules.takes; }
 
-bool hasOptions(const Form& form) noexcept {
-    return std::any_of(form.slots().begin(), form.slots().end(), isOption);
-}
+bool hasOptions(const Form& form) noexcept { return anyOf(form.slots(), isOption); }
 
 // Those that are no operands, words first.
 template <class Action>
@@ -252,7 +250,7 @@ private:
     }
 
     static bool hasOption(const Form& form) noexcept {
-        return std::any_of(form.slots().begin(), form.slots().end(), [](const SlotRules& rules) {
+        return anyOf(form.slots(), [](const SlotRules& rules) {
             return !rules.takes && !rules.tags().empty() && looksLikeOption(rules.firstTag());
         });
     }
@@ -317,7 +315,7 @@ private:
     }
 
     void addParameters(const Form& form) noexcept {
-        if (std::none_of(form.slots().begin(), form.slots().end(), isListed)) return;
+        if (noneOf(form.slots(), isListed)) return;
         beginList();
         for (const SlotRules& rules : form.slots()) {
             if (isListed(rules)) addParameter(rules);
@@ -377,8 +375,8 @@ private:
     // Whoever declares a tag gets it.
     bool isDeclared(const Text& tag) const noexcept {
         const Symbol symbol = grammar_.vocabulary.find(tag);
-        return std::any_of(grammar_.forms.begin(), grammar_.forms.end(),
-                           [&](const Form& form) { return form.ownerOf(symbol) != noSlot; });
+        return anyOf(grammar_.forms,
+                     [&](const Form& form) { return form.ownerOf(symbol) != noSlot; });
     }
 
     void addOwnOptions() noexcept {

@@ -51,13 +51,6 @@ std::string_view nameOfKind(const Offer& offer) noexcept {
 
 using Arguments = std::vector<Argument>;
 
-Arguments argumentsOf(std::span<const Text> line, const Vocabulary& vocabulary) noexcept {
-    Arguments arguments;
-    arguments.reserve(line.size());
-    for (const Text& each : line) arguments.emplace_back(each, vocabulary);
-    return arguments;
-}
-
 // Returns the walk after all of them, nothing when the declaration does not accept one.
 std::optional<Walk> walkAlong(const Form& form, const Arguments& line) noexcept {
     Walk walk(form, Spelling::conventional);

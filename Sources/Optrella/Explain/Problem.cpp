@@ -8,6 +8,7 @@
 #include "Optrella/Parameters/Decimal.hpp"
 #include "Optrella/Text/Characters.hpp"
 #include "Optrella/Text/Escapes.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 #include "Optrella/Tool/Synopsis.hpp"
 
 namespace Optrella::Internal {
@@ -112,7 +113,7 @@ private:
 
     [[nodiscard]] bool isAnotherCommands() const noexcept {
         const auto& forms = line_.grammar().forms;
-        return std::any_of(forms.begin(), forms.end(), [this](const Form& form) {
+        return anyOf(forms, [this](const Form& form) {
             return !form.isHidden() && form.ownerOf(argument_.symbol) != noSlot;
         });
     }

@@ -1,11 +1,11 @@
 #include "Optrella/Explain/Rejection.hpp"
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 
 #include "Optrella/Parameters/Decimal.hpp"
 #include "Optrella/Platform/Files.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 #include "Optrella/Values.hpp"
 
 namespace Optrella::Internal {
@@ -45,9 +45,9 @@ std::optional<Text> rejectionOf(const ParameterFileURL& path) noexcept {
 
 bool hasChoiceWithoutTags(const ParameterProtocol& given) noexcept {
     const auto* list = given.as<ParameterList>();
-    return list != nullptr &&
-           std::any_of(list->validOptions().begin(), list->validOptions().end(),
-                       [](const ParameterNone& option) { return option.common.tags.empty(); });
+    return list != nullptr && anyOf(list->validOptions(), [](const ParameterNone& option) {
+               return option.common.tags.empty();
+           });
 }
 
 // A list without the choices that nobody can name, at which the kind itself would stop.

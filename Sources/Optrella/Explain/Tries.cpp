@@ -4,6 +4,8 @@
 #include <string_view>
 #include <utility>
 
+#include "Optrella/Tool/Conditions.hpp"
+
 namespace Optrella::Internal {
 
 namespace {
@@ -12,14 +14,6 @@ namespace {
 constexpr std::int64_t whole = 720720;
 
 }  // namespace
-
-std::vector<Argument> argumentsOf(std::span<const Text> texts,
-                                  const Vocabulary& vocabulary) noexcept {
-    std::vector<Argument> line;
-    line.reserve(texts.size());
-    for (const Text& text : texts) line.emplace_back(text, vocabulary);
-    return line;
-}
 
 Try Tries::of(std::size_t declaration) noexcept {
     Try result;
@@ -144,8 +138,7 @@ std::vector<Text> Tries::nearTags(const Walk& walk, std::size_t argument) noexce
         if (walk.state().given.contains(owner)) continue;
         for (const Text& tag : rules.tags()) {
             const Symbol symbol = grammar_->vocabulary.find(tag);
-            const bool isKnown = std::any_of(all.begin(), all.end(),
-                                             [&tag](const Near& each) { return *each.tag == tag; });
+            const bool isKnown = anyOf(all, [&tag](const Near& each) { return *each.tag == tag; });
             if (isKnown || walk.form().ownerOf(symbol) != owner) continue;
             const std::optional<std::size_t> found = distance(argument, tag);
             if (!found) continue;

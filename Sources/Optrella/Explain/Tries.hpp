@@ -23,10 +23,6 @@ namespace Optrella::Internal {
     return std::span(argv, static_cast<std::size_t>(argc)).subspan(1);
 }
 
-// A line, ready to be read.
-[[nodiscard]] std::vector<Argument> argumentsOf(std::span<const Text> texts,
-                                                const Vocabulary& vocabulary) noexcept;
-
 // How one declaration reads the line, and how near that comes to what was meant.
 struct Try {
     Attempt attempt;

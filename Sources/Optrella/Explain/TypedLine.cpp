@@ -1,9 +1,8 @@
 #include "Optrella/Explain/TypedLine.hpp"
 
-#include <algorithm>
-
 #include "Optrella/Explain/Rejection.hpp"
 #include "Optrella/Explain/Tries.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 #include "Optrella/Tool/Synopsis.hpp"
 
 namespace Optrella::Internal {
@@ -36,7 +35,7 @@ std::vector<Text> TypedLine::missingWords(const Attempt& attempt) const noexcept
 
 bool TypedLine::isMeant(const Attempt& attempt) const noexcept {
     if (given(attempt) > 0 || attempt.missing.empty()) return true;
-    return std::any_of(attempt.near.begin(), attempt.near.end(), [&](const Text& tag) {
+    return anyOf(attempt.near, [&](const Text& tag) {
         const SlotRules* rules = rulesOf(attempt, tag);
         return rules != nullptr && rules->isRequired;
     });
@@ -99,7 +98,7 @@ bool TypedLine::fitsWith(const Attempt& attempt, Unknown unknown) const noexcept
         if (walk.read(arguments_[i]) != Reading::accepted) return false;
     }
     const Parameters given = parametersOf(formOf(attempt), gifts);
-    return walk.fits() && std::none_of(given.begin(), given.end(), rejection);
+    return walk.fits() && noneOf(given, rejection);
 }
 
 bool TypedLine::isMissedAsValue(const Attempt& attempt) const noexcept {

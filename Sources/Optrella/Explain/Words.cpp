@@ -92,7 +92,8 @@ private:
             if (!typed.empty()) typed += ' ';
             typed += argument.bytes();
         }
-        const std::string count = fits.size() == 2 ? "two" : std::to_string(fits.size());
+        const std::string count =
+            fits.size() == 2 ? "two" : std::to_string(static_cast<std::int64_t>(fits.size()));
         say({quoted(typed), " fits ", count,
              " commands: ", listed(distinctNames(fits, name_), " and ")});
         sayWhereHelpIs();

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Optrella/Tool/Argument.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 #include "Optrella/Tool/Synopsis.hpp"
 
 namespace Optrella::Internal {
@@ -78,8 +79,8 @@ private:
 };
 
 bool hasHelp(const ListOptions& choices) noexcept {
-    return std::any_of(choices.begin(), choices.end(),
-                       [](const ParameterNone& choice) { return !choice.common.tagHelp.empty(); });
+    return anyOf(choices,
+                 [](const ParameterNone& choice) { return !choice.common.tagHelp.empty(); });
 }
 
 void addChoices(Rows& rows, const ListOptions& choices) noexcept {
@@ -161,7 +162,7 @@ void addOptions(Rows& rows, const Form& form) noexcept {
 void alignLongTags(std::span<Row> options) noexcept {
     constexpr std::size_t ofShortTag = 4;  // "-s, "
     const auto isShort = [](const Row& row) { return dashesOf(row) == 1; };
-    if (std::none_of(options.begin(), options.end(), isShort)) return;
+    if (noneOf(options, isShort)) return;
     for (Row& row : options) {
         if (dashesOf(row) > 1) row.indent = ofShortTag;
     }

@@ -1,8 +1,7 @@
 #include "Optrella/HelpPage/OwnOptions.hpp"
 
-#include <algorithm>
-
 #include "Optrella/HelpPage/Entries.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 
 namespace Optrella::Internal {
 
@@ -25,7 +24,7 @@ std::vector<Text> OwnOptions::free(std::span<const Text> tags) const noexcept {
     for (const Text& tag : tags) {
         const Symbol symbol = grammar_.vocabulary.find(tag);
         const auto hasIt = [symbol](const Form& form) { return form.ownerOf(symbol) != noSlot; };
-        if (std::none_of(grammar_.forms.begin(), grammar_.forms.end(), hasIt)) free.push_back(tag);
+        if (noneOf(grammar_.forms, hasIt)) free.push_back(tag);
     }
     return free;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Optrella/Lint/Report.hpp"
+#include "Optrella/Lint/Sharing.hpp"
 #include "Optrella/Tool/Synopsis.hpp"
 
 namespace Optrella::Internal {

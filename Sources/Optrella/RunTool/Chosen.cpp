@@ -12,8 +12,8 @@
 #include "Optrella/CommandLine/Owner.hpp"
 #include "Optrella/CommandLine/TagMarks.hpp"
 #include "Optrella/Explain/Rejection.hpp"
-#include "Optrella/Explain/Tries.hpp"
 #include "Optrella/Tool/Argument.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 #include "Optrella/Tool/Walk.hpp"
 
 namespace Optrella::Internal {
@@ -35,9 +35,9 @@ public:
     [[nodiscard]] bool mayFit(const CommandLinePossibility& declaration) const noexcept {
         const KeptList required = Declaration::required(declaration);
         if (isWordFirst_ && !Declaration::tags(declaration).mayContain(first_)) {
-            return std::none_of(required.begin(), required.end(), isWordFlag);
+            return noneOf(required, isWordFlag);
         }
-        return std::all_of(required.begin(), required.end(), [this](const KeptParameter& each) {
+        return allOf(required, [this](const KeptParameter& each) {
             return mayHold(each) || !canOnlyStandAlone(each);
         });
     }
@@ -48,12 +48,10 @@ private:
     }
     static bool canOnlyStandAlone(const KeptParameter& parameter) noexcept {
         const commonDetails& common = parameter.common();
-        return !common.hasParameter &&
-               std::none_of(common.tags.begin(), common.tags.end(), looksLikeOption);
+        return !common.hasParameter && noneOf(common.tags, looksLikeOption);
     }
     [[nodiscard]] bool mayHold(const KeptParameter& word) const noexcept {
-        return std::any_of(marks_.begin(), marks_.end(),
-                           [&word](std::uint32_t mark) { return word.mayHaveTag(mark); });
+        return anyOf(marks_, [&word](std::uint32_t mark) { return word.mayHaveTag(mark); });
     }
 
     bool isWordFirst_;
@@ -104,8 +102,7 @@ private:
         return owner != nullptr ? owner : lastOwner(optional_, argument, mark, comparer_);
     }
     [[nodiscard]] bool isGiven(const ParameterView* owner) const noexcept {
-        return std::any_of(given_.begin(), given_.end(),
-                           [owner](const Match& each) { return each.declared == owner; });
+        return anyOf(given_, [owner](const Match& each) { return each.declared == owner; });
     }
     [[nodiscard]] bool isRequired(const Match& match) const noexcept {
         const std::less<const ParameterView*> isBefore;
@@ -143,9 +140,8 @@ std::optional<Chosen> onlyFit(const Tool& tool,
         Walk walk(grammar.forms[i], grammar.spelling);
         std::vector<Gift> read;
         walk.record(read);
-        const bool canRead = std::all_of(line.begin(), line.end(), [&walk](const Argument& each) {
-            return walk.read(each) == Reading::accepted;
-        });
+        const bool canRead = allOf(
+            line, [&walk](const Argument& each) { return walk.read(each) == Reading::accepted; });
         if (!canRead || !walk.fits()) continue;
         if (only) return std::nullopt;
         only = i;

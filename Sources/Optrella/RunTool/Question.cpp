@@ -4,8 +4,8 @@
 #include <compare>
 #include <string_view>
 
-#include "Optrella/Explain/Tries.hpp"
 #include "Optrella/Tool/Argument.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 #include "Optrella/Tool/Walk.hpp"
 
 namespace Optrella::Internal {
@@ -159,8 +159,8 @@ std::vector<std::size_t> indicesOf(const Readers& readers, Condition condition) 
 Question helpAfter(const Readers& readers, std::span<const Text> words) noexcept {
     const auto isNamed = [](const Reader* each) { return each->named() > 0; };
     const auto meant = readers.meant();
-    const bool isOption = std::all_of(words.begin(), words.end(), looksLikeOption);
-    if (isOption && std::none_of(meant.begin(), meant.end(), isNamed)) return {About::tool};
+    const bool isOption = allOf(words, looksLikeOption);
+    if (isOption && noneOf(meant, isNamed)) return {About::tool};
     std::vector<std::size_t> commands =
         indicesOf(readers, [](const Reader& each) { return each.takesAllPlain; });
     // With one argument too many it is still clear which command is meant.
@@ -198,9 +198,9 @@ std::optional<Question> questionOf(const Tool& tool, const Grammar& grammar,
         if (const std::optional<About> about = aboutOf(tool, arguments, place)) {
             const auto meant = readers.meant();
             const auto isInRest = [](const Reader* each) { return each->isInRest(); };
-            if (std::any_of(meant.begin(), meant.end(), isInRest)) break;
+            if (anyOf(meant, isInRest)) break;
             const auto hasUse = [&](const Reader* each) { return each->hasUseFor(argument); };
-            const bool isTheirs = !meant.empty() && std::all_of(meant.begin(), meant.end(), hasUse);
+            const bool isTheirs = !meant.empty() && allOf(meant, hasUse);
             if (!isTheirs) return question(*about, grammar, readers, arguments, place);
         }
         readers.read(argument);

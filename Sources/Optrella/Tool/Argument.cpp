@@ -41,4 +41,12 @@ void Argument::lookUpLetters(const Vocabulary& vocabulary) noexcept {
     withSecondDash = vocabulary.find(longOption);
 }
 
+std::vector<Argument> argumentsOf(std::span<const Text> texts,
+                                  const Vocabulary& vocabulary) noexcept {
+    std::vector<Argument> line;
+    line.reserve(texts.size());
+    for (const Text& text : texts) line.emplace_back(text, vocabulary);
+    return line;
+}
+
 }  // namespace Optrella::Internal

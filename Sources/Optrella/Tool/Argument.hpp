@@ -4,6 +4,7 @@
 #define OPTRELLA_TOOL_ARGUMENT_HPP
 
 #include <cstddef>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -50,6 +51,10 @@ private:
     void lookUpAssignment(const Vocabulary& vocabulary) noexcept;
     void lookUpLetters(const Vocabulary& vocabulary) noexcept;
 };
+
+// A line, ready to be read.
+[[nodiscard]] std::vector<Argument> argumentsOf(std::span<const Text> texts,
+                                                const Vocabulary& vocabulary) noexcept;
 
 }  // namespace Optrella::Internal
 

@@ -1,6 +1,6 @@
 #include "Optrella/Tool/Contender.hpp"
 
-#include <algorithm>
+#include "Optrella/Tool/Conditions.hpp"
 
 namespace Optrella::Internal {
 
@@ -27,11 +27,9 @@ bool Contender::holdsChoice() const noexcept {
     if (walk_.valued() == noSlot) return true;
     const auto* list = form().slot(walk_.valued()).parameter.as<ParameterList>();
     if (list == nullptr) return true;
-    return std::any_of(list->validOptions().begin(), list->validOptions().end(),
-                       [this](const ParameterNone& option) {
-                           return !option.common.tags.empty() &&
-                                  option.common.tags.front() == walk_.value();
-                       });
+    return anyOf(list->validOptions(), [this](const ParameterNone& option) {
+        return !option.common.tags.empty() && option.common.tags.front() == walk_.value();
+    });
 }
 
 bool Contender::fits() const noexcept {
@@ -70,7 +68,7 @@ void Contender::appendKey(std::string& key) const noexcept {
     appendState(key);
     const WalkState& state = walk_.state();
     if (walk_.isExact() && !isGood_) {
-        key += std::to_string(state.requiredGifts);
+        key += std::to_string(std::int64_t{state.requiredGifts});
         return;
     }
     for (Slot slot = 0; slot < static_cast<Slot>(form().slots().size()); ++slot) {
@@ -84,7 +82,7 @@ void Contender::appendKey(std::string& key) const noexcept {
 void Contender::appendEssence(std::string& key) const noexcept {
     appendState(key);
     const WalkState& state = walk_.state();
-    if (walk_.isExact() && !isGood_) key += std::to_string(state.requiredGifts);
+    if (walk_.isExact() && !isGood_) key += std::to_string(std::int64_t{state.requiredGifts});
     for (Slot slot = 0; slot < static_cast<Slot>(form().slots().size()); ++slot) {
         const SlotRules& rules = form().slot(slot);
         if (rules.isRequired || rules.takes) key += state.given.contains(slot) ? '1' : '0';

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Optrella/Parameters/Decimal.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 
 namespace Optrella::Internal {
 
@@ -38,28 +39,33 @@ Lexicon::Lexicon(const Grammar& grammar) noexcept
 }
 
 std::vector<Symbol> Lexicon::of(const std::vector<Contender>& contenders) const noexcept {
-    std::vector<Symbol> words = {Vocabulary::unknown};
-    words.insert(words.end(), oddities_.begin(), oddities_.end());
+    std::vector<char> isOneOfThem(known_.size());
+    const auto add = [&isOneOfThem](Symbol word) {
+        isOneOfThem[static_cast<std::size_t>(word)] = 1;
+    };
+    for (const Symbol each : oddities_) add(each);
     for (const Contender& each : contenders) {
         for (const Form::Owner& owner : each.form().owners()) {
-            if (mayStand(owner.tag)) words.push_back(owner.tag);
+            if (mayStand(owner.tag)) add(owner.tag);
         }
         if (!each.isGood()) continue;
         for (const SlotRules& rules : each.form().slots()) {
             for (const Symbol choice : rules.choices) {
-                if (mayStand(choice)) words.push_back(choice);
+                if (mayStand(choice)) add(choice);
             }
         }
     }
     const auto isNobodys = [&contenders](Symbol option) {
-        return std::all_of(contenders.begin(), contenders.end(), [option](const Contender& each) {
+        return allOf(contenders, [option](const Contender& each) {
             return each.form().ownerOf(option) == noSlot;
         });
     };
     const auto foreign = std::find_if(options_.begin(), options_.end(), isNobodys);
-    if (foreign != options_.end()) words.push_back(*foreign);
-    std::sort(words.begin(), words.end());
-    words.erase(std::unique(words.begin(), words.end()), words.end());
+    if (foreign != options_.end()) add(*foreign);
+    std::vector<Symbol> words = {Vocabulary::unknown};
+    for (std::size_t i = 0; i < isOneOfThem.size(); ++i) {
+        if (isOneOfThem[i] != 0) words.push_back(static_cast<Symbol>(i));
+    }
     return words;
 }
 
@@ -270,8 +276,7 @@ private:
     bool addValue(Slot slot) noexcept {
         if (add(Vocabulary::unknown)) return true;
         const auto& choices = contender_.form().slot(slot).choices;
-        return std::any_of(choices.begin(), choices.end(),
-                           [this](Symbol choice) { return add(choice); });
+        return anyOf(choices, [this](Symbol choice) { return add(choice); });
     }
     bool give(Slot slot) noexcept {
         if (contender_.walk().state().given.contains(slot)) return true;
@@ -293,75 +298,6 @@ std::optional<std::vector<Symbol>> simplestEnd(const Lexicon& lexicon,
     SimplestEnd end(lexicon, contender);
     if (!end.complete()) return std::nullopt;
     return std::move(end).line();
-}
-
-// ---- A glance ----
-
-namespace {
-
-// The parameters of one declaration that have a tag which another one owns, too.
-class SharedSlots {
-public:
-    explicit SharedSlots(const Form& form) noexcept : form_(&form) {}
-
-    void add(Slot slot) noexcept {
-        if (slots_.contains(slot)) return;
-        slots_.insert(slot);
-        const SlotRules& rules = form_->slot(slot);
-        if (rules.isRequired) ++required_;
-        if (rules.isRequiredWord) ++requiredWords_;
-    }
-    [[nodiscard]] bool hasAllWords() const noexcept {
-        return requiredWords_ == form_->requiredWordCount();
-    }
-    [[nodiscard]] bool hasEnough(Line line) const noexcept {
-        if (line == Line::good) return required_ == form_->requiredCount();
-        // As parse counts, one of them may be given for all.
-        return required_ > 0 || form_->requiredCount() == 0;
-    }
-
-private:
-    const Form* form_;
-    SlotSet slots_;
-    Slot required_ = 0;
-    Slot requiredWords_ = 0;
-};
-
-}  // namespace
-
-bool mayShareLine(const Grammar& grammar, const Lexicon& lexicon, const Form& left,
-                  const Form& right, Line line) noexcept {
-    const auto readsOtherwise = [&](const Form& form, const Form::Owner& owner) {
-        const Argument& tag = lexicon[owner.tag];
-        return tag.isCompound() && form.ownerOf(owner.tag) == noSlot &&
-               Walk(form, grammar.spelling).read(tag) == Reading::accepted;
-    };
-    const auto readsTagOf = [&](const Form& form, const Form& other) {
-        return std::any_of(other.owners().begin(), other.owners().end(),
-                           [&](const Form::Owner& owner) { return readsOtherwise(form, owner); });
-    };
-    if (lexicon.hasCompounds() && (readsTagOf(left, right) || readsTagOf(right, left))) return true;
-    SharedSlots ofLeft(left);
-    SharedSlots ofRight(right);
-    bool isShared = false;
-    for (const Form::Owner& owner : left.owners()) {
-        const Slot other = right.ownerOf(owner.tag);
-        if (other == noSlot) continue;
-        // What the one takes for a value the other may take for a tag.
-        if (left.slot(owner.slot).takesValue != right.slot(other).takesValue) return true;
-        isShared = true;
-        ofLeft.add(owner.slot);
-        ofRight.add(other);
-    }
-    if (grammar.isExact()) return isShared && ofLeft.hasEnough(line) && ofRight.hasEnough(line);
-    // While both lack words, neither takes an operand: until then a word is a tag to both.
-    if (left.requiredWordCount() > 0 && right.requiredWordCount() > 0) {
-        return ofLeft.hasAllWords() || ofRight.hasAllWords();
-    }
-    const auto takesPlain = [](const Form& form) {
-        return form.requiredWordCount() == 0 && !form.operands().empty();
-    };
-    return isShared || takesPlain(left) || takesPlain(right);
 }
 
 }  // namespace Optrella::Internal

@@ -69,10 +69,6 @@ enum class Ends : std::uint8_t { anywhere, afterAWord };  // where what is added
 [[nodiscard]] std::optional<std::vector<Symbol>> simplestEnd(const Lexicon& lexicon,
                                                              const Contender& contender) noexcept;
 
-// Returns false when no such line fits both declarations, as far as a glance at them can tell.
-[[nodiscard]] bool mayShareLine(const Grammar& grammar, const Lexicon& lexicon, const Form& left,
-                                const Form& right, Line line) noexcept;
-
 }  // namespace Optrella::Internal
 
 #endif

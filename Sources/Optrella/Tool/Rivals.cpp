@@ -1,15 +1,17 @@
 #include "Optrella/Tool/Rivals.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
+
+#include "Optrella/Tool/Conditions.hpp"
 
 namespace Optrella::Internal {
 
 namespace {
 
 bool readAll(Contender& contender, std::span<const Argument> line) noexcept {
-    return std::all_of(line.begin(), line.end(),
-                       [&contender](const Argument& each) { return contender.read(each); });
+    return allOf(line, [&contender](const Argument& each) { return contender.read(each); });
 }
 
 // Whether a word was used so that has just been read.
@@ -25,8 +27,7 @@ bool wasUsed(const Contender& contender, const Argument& word, Use use) noexcept
 Rivals::Rivals(const Grammar& grammar, const Lexicon& lexicon,
                std::span<const Text> before) noexcept
     : lexicon_(&lexicon), owners_(static_cast<std::size_t>(grammar.vocabulary.size())) {
-    std::vector<Argument> line;
-    for (const Text& text : before) line.emplace_back(text, grammar.vocabulary);
+    const std::vector<Argument> line = argumentsOf(before, grammar.vocabulary);
     for (std::size_t i = 0; i < grammar.forms.size(); ++i) {
         Contender good(grammar, i, Line::good);
         if (!grammar.forms[i].isHidden() && readAll(good, line)) candidates_.push_back(good);
@@ -55,15 +56,14 @@ std::vector<Contender> Rivals::others(const Contender& candidate, Symbol word) c
         for (std::size_t place = 0; place < all_.size(); ++place) add(place);
         return others;
     }
-    for (const std::size_t place : takers_) add(place);
-    if (word == Vocabulary::unknown) return others;
-    for (const std::size_t place : owners_[static_cast<std::size_t>(word)]) {
-        if (!std::binary_search(takers_.begin(), takers_.end(), place)) add(place);
+    std::vector<std::size_t> places = takers_;
+    if (word != Vocabulary::unknown) {
+        const std::vector<std::size_t>& owners = owners_[static_cast<std::size_t>(word)];
+        places.clear();
+        std::set_union(takers_.begin(), takers_.end(), owners.begin(), owners.end(),
+                       std::back_inserter(places));
     }
-    const auto isBefore = [](const Contender& left, const Contender& right) {
-        return left.declaration() < right.declaration();
-    };
-    std::sort(others.begin(), others.end(), isBefore);
+    for (const std::size_t place : places) add(place);
     return others;
 }
 
@@ -78,7 +78,7 @@ bool Rivals::leadsOn(const Contender& candidate, Symbol word, Use use) const noe
             std::erase_if(left, [&](Contender& other) { return !other.read((*lexicon_)[each]); });
         }
         const auto fits = [](const Contender& other) { return other.fits(); };
-        if (std::none_of(left.begin(), left.end(), fits)) return true;
+        if (noneOf(left, fits)) return true;
     }
     return findAlone(*lexicon_, next, others, Ends::anywhere).answer != Found::Answer::no;
 }

@@ -5,6 +5,7 @@
 
 #include "Optrella/Text/Characters.hpp"
 #include "Optrella/Text/Escapes.hpp"
+#include "Optrella/Tool/Conditions.hpp"
 
 namespace Optrella::Internal {
 
@@ -41,8 +42,8 @@ std::string written(const SlotRules& rules) noexcept {
 }
 
 bool hasOptions(const Form& form) noexcept {
-    return std::any_of(form.slots().begin(), form.slots().end(),
-                       [](const SlotRules& rules) { return !rules.isRequired && !rules.takes; });
+    return anyOf(form.slots(),
+                 [](const SlotRules& rules) { return !rules.isRequired && !rules.takes; });
 }
 
 std::string synopsis(const Form& form, Extent extent) noexcept {
@@ -99,9 +100,11 @@ std::vector<std::string> distinctNames(std::span<const Form* const> forms,
                                        std::string_view nothing) noexcept {
     std::vector<std::string> names;
     for (const Form* form : forms) names.push_back(commandName(*form));
-    std::vector<std::string> sorted = names;
-    std::sort(sorted.begin(), sorted.end());
-    if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) {
+    const auto isThereTwice = [&names](const std::string& name) {
+        return anyOf(
+            names, [&name](const std::string& other) { return &other != &name && other == name; });
+    };
+    if (anyOf(names, isThereTwice)) {
         names.clear();
         for (const Form* form : forms) names.push_back(synopsis(*form, Extent::whole));
     }
