@@ -42,7 +42,7 @@ void replaceAll(std::string& in, std::string_view what, std::string_view by) noe
 }  // namespace
 
 Text completionScript(const Tool& tool, Shell shell) noexcept {
-    if (!mayBeTyped(tool.name)) return Text();
+    if (!mayBeTyped(tool.name)) return {};
     std::string script(Internal::scriptOf(shell));
     replaceAll(script, "@FUNCTION@", functionName(tool.name));
     replaceAll(script, "@NAME@", tool.name);

@@ -23,7 +23,7 @@ const ParameterNone list{{"list"}, ""}, open{{"open"}, ""}, remove{{"remove"}, "
     seed{{"db:seed"}, ""}, bill{{"caf\u00e9"}, ""}, secret{{"secret"}, ""};
 
 const ParameterNone orders[] = {{{"name"}, "By name, it's [quick]: 100% 'sure'"},
-                                {{"date"}, "By date, $(date) `date` \\n \"newest\""},
+                                {{"date"}, R"(By date, $(date) `date` \n "newest")"},
                                 {{"size:up"}, "Smallest\nfirst\x1b[31m"},
                                 {{"size:down"}, "Largest\tfirst\u0085"},
                                 {{"key=value"}, ""}};
@@ -125,7 +125,9 @@ const Tool tool{
 int record(const char* path, int argc, char* argv[]) {
     std::FILE* file = std::fopen(path, "wb");
     if (file == nullptr) return 1;
-    for (int i = 1; i < argc; ++i) std::fwrite(argv[i], 1, std::strlen(argv[i]) + 1, file);
+    for (int i = 1; i < argc; ++i) {
+        if (std::fputs(argv[i], file) < 0 || std::fputc('\0', file) < 0) return 1;
+    }
     return std::fclose(file);
 }
 
@@ -135,7 +137,7 @@ int main(int argc, char* argv[]) {
     const bool isAskedForScript = argc == 3 && std::strcmp(argv[1], "--completion") == 0;
     const char* path = std::getenv("RECORD");
     if (std::getenv("OPTRELLA_COMPLETE") != nullptr) {
-        std::fputs("noise", stderr);
+        std::fprintf(stderr, "noise");
     } else if (path != nullptr && !isAskedForScript) {
         return record(path, argc, argv);
     }

@@ -170,7 +170,7 @@ TEST(CompletionAnswer, HoldsNoControlCharacterInAHelp) {
 
 TEST(CompletionAnswer, LeavesAWordOutThatHoldsAControlCharacter) {
     const ParameterString value{{"--value"}, "value", ""};
-    const std::vector<Text> values{"tab\t", "\nline", "\x1b", "\x7f", "\u0085", "", "fine"};
+    std::vector<Text> values{"tab\t", "\nline", "\x1b", "\x7f", "\u0085", "", "fine"};
     const Tool tool{.commandLines = {declared({show, value})},
                     .operands = {value},
                     .completers = {{value, [&] { return values; }}}};

@@ -83,7 +83,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t none = std::size_t(-1);
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
     static constexpr std::size_t several = none - 1;
 
     void addWordsOf(const Form& form, std::size_t command) noexcept {
@@ -101,7 +101,7 @@ private:
 
 // `before` is what stands in the word before the offer.
 void appendLine(std::string& to, std::string_view before, const Offer& offer) noexcept {
-    const std::string_view word = offer.word ? std::string_view(*offer.word) : "";
+    const std::string_view word = offer.word ? static_cast<std::string_view>(*offer.word) : "";
     // A shell cannot offer the empty word: it would be a placeholder.
     if (offer.word && (word.empty() || holdsControl(word))) return;
     const bool isWhole = offer.word || offer.kind == Offer::Kind::path;
