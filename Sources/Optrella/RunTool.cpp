@@ -86,11 +86,22 @@ int answer(std::string_view text) noexcept {
     return success;
 }
 
-int answerCompletion(const Tool& tool, const std::optional<Text>& shell) noexcept {
-    if (shell == "bash") return answer(completionScript(tool, Shell::bash));
-    if (shell == "zsh") return answer(completionScript(tool, Shell::zsh));
-    if (shell == "fish") return answer(completionScript(tool, Shell::fish));
-    complain(tool, "'--completion' needs a shell: bash, zsh or fish");
+std::optional<Shell> shellOf(const std::optional<Text>& typed) noexcept {
+    if (typed == "bash") return Shell::bash;
+    if (typed == "zsh") return Shell::zsh;
+    if (typed == "fish") return Shell::fish;
+    return std::nullopt;
+}
+
+int answerCompletion(const Tool& tool, const std::optional<Text>& typed) noexcept {
+    const std::optional<Shell> shell = shellOf(typed);
+    if (!shell) {
+        complain(tool, "'--completion' needs a shell: bash, zsh or fish");
+        return wrongLine;
+    }
+    const Text script = completionScript(tool, *shell);
+    if (!script.empty()) return answer(script);
+    complain(tool, "no shell can complete a tool of this name");
     return wrongLine;
 }
 

@@ -352,6 +352,13 @@ TEST_F(RunTool, NamesTheShellsWhereNoneOfThemIsGiven) {
     EXPECT_EQ(status_, 64);
 }
 
+TEST_F(RunTool, SaysThatNoShellCanCompleteSomeNames) {
+    tool_.name = "two words";
+    EXPECT_EQ(said({"--completion", "bash"}),
+              Words{"two words: no shell can complete a tool of this name\n"});
+    EXPECT_EQ(status_, 64);
+}
+
 TEST_F(RunTool, PrintsTheManualPageAndTheDescription) {
     EXPECT_EQ(out({"--manual"}), manualPage(tool_).str());
     EXPECT_EQ(out({"--describe"}), description(tool_).str());

@@ -32,8 +32,10 @@ class CuratedCases(unittest.TestCase):
         os.chdir(compare.DIRECTORY)
         own = compare.own_rights()
         # The model of tools leaves out what is said in words: drawn cases hold it to the runner.
+        # Pages and descriptions have tests of their own.
+        left_out = {*tools.ANSWERS, "helpPage", "manualPage", "description"}
         cases = [case for case in compare.read_cases(sorted(compare.CASES.glob("*.jsonl")))
-                 if case.needs in (None, own) and json.loads(case.line)["call"] not in tools.ANSWERS]
+                 if case.needs in (None, own) and json.loads(case.line)["call"] not in left_out]
         self.assertTrue(cases)
         for case in cases:
             with self.subTest(case.place):

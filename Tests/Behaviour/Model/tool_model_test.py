@@ -488,7 +488,7 @@ class EnumerationTest(unittest.TestCase):
 
 # --- the drawn cases ---
 
-CASES = {"explain": 2500, "complete": 800, "lint": 800}
+CASES = {"explain": 2500, "complete": 800, "lint": 800, "runTool": 800}
 
 
 class PlantedErrorTest(unittest.TestCase):

@@ -10,6 +10,7 @@ import sys
 import completing
 import explaining
 import linting
+import running
 import searching
 import spelling
 import texts
@@ -417,6 +418,17 @@ def equal_by_bytes(_):
     return lambda text: text
 
 
+# --- running ---
+
+def taken_for_fit(outcome):
+    def make(original):
+        def outcome_of(*arguments):
+            found = original(*arguments)
+            return "runs" if found == outcome else found
+        return outcome_of
+    return make
+
+
 ERRORS = {
     # reading
     "first owner": ("explain", replaced(Reader, "__init__", first_owner)),
@@ -508,6 +520,12 @@ ERRORS = {
     "a longer witness": ("lint", replaced(searching.Search, "shortest", longer_witness)),
     **{"without " + rule: ("lint", lint_without(rule)) for rule in linting.SEVERITIES},
     "another severity": ("lint", severity("collision", "note")),
+    # running
+    "what is rejected runs": ("runTool", replaced(explaining, "outcome_of", taken_for_fit("valueRejected"))),
+    "the first of several runs": ("runTool", replaced(explaining, "outcome_of", taken_for_fit("severalFit"))),
+    "what is wrong succeeds": ("runTool", constant(running, "WRONG", 0)),
+    "given as on the line": ("runTool", constant(Reader, "handed", lambda self, reading: [
+        (it.position, it.value) for it in reading.entries])),
 }
 
 
@@ -522,6 +540,8 @@ def main():
 def spoken(case, observation):
     """With the words that the comparison leaves to others."""
     observation = observation or {}
+    if case["call"] == "runTool" and observation and observation["ran"] is None:
+        return observation | {"stderr": case["tool"]["name"] + ": no\n"}
     if case["call"] != "explain" or not observation:
         return observation
     for attempt in observation["attempts"]:

@@ -52,6 +52,7 @@ long long strtoll(const char*, char**, int);
 unsigned long strtoul(const char*, char**, int);
 unsigned long long strtoull(const char*, char**, int);
 int system(const char*);
+int unsetenv(const char*);
 size_t wcstombs(char*, const wchar_t*, size_t);
 int wctomb(char*, wchar_t);
 
