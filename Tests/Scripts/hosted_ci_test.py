@@ -43,6 +43,12 @@ class HostedCI(unittest.TestCase):
         for script in named:
             self.assertTrue(os.access(ROOT / script, os.X_OK), script)
 
+    def test_every_job_installs_what_the_lists_of_packages_name(self):
+        for name, job in self.jobs.items():
+            commands = [step.get("run", "") for step in job["steps"]]
+            self.assertRegex("\n".join(commands), r"(?m)^Scripts/prepare (all|check)$", name)
+            self.assertFalse([each for each in commands if "brew" in each], name)
+
     def test_every_job_says_where_it_runs(self):
         for name, job in self.jobs.items():
             self.assertRegex(job["runs-on"], r"^(ubuntu|macos)-", name)
