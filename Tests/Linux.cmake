@@ -7,10 +7,6 @@ set_tests_properties(directories-tests PROPERTIES LABELS once SKIP_RETURN_CODE 7
 optrella_script(system-tests Platform/SystemTests.py
   $<TARGET_FILE:Optrella> ${OPTRELLA_SYSTEM} ${CMAKE_COMMAND})
 
-optrella_test(standard-streams-tests
-  SOURCES Platform/StandardStreamsTests.cpp
-  LIBRARIES Optrella::Optrella)
-
 # The password check, with PAM's calls and the heap in the tests' hands, and on stacks of their own.
 set(passwordCheck
   ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Password.cpp
@@ -32,18 +28,14 @@ target_compile_definitions(pam-stack-tests PRIVATE
   PAM_TEST_MODULE="$<TARGET_FILE:pam-test-module>")
 add_dependencies(pam-stack-tests pam-test-module)
 
-# The child process: a probe plays the child; and with the system's calls in the tests' hands.
-add_executable(child-probe ChildProcess/ChildProbe.cpp Support/Probe.cpp)
-target_compile_features(child-probe PRIVATE cxx_std_20)
-target_include_directories(child-probe PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
-target_link_libraries(child-probe PRIVATE OptrellaWarnings)
-optrella_test(child-process-tests
-  SOURCES ChildProcess/ChildProcessTests.cpp ChildProcess/Traces.cpp
-  LIBRARIES Optrella::Optrella)
+# The child process, as /proc and its memory show it; and with the system's calls in the tests' hands.
+target_sources(child-process-tests PRIVATE
+  ChildProcess/LinuxChildProcessTests.cpp ChildProcess/Secret.cpp)
 optrella_test(child-process-fault-tests
   SOURCES
     ChildProcess/ChildProcessFaultTests.cpp
-    ChildProcess/Traces.cpp
+    ChildProcess/Secret.cpp
+    ${traces}
     ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Password.cpp
     ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Descriptor.cpp
     ${PROJECT_SOURCE_DIR}/Sources/Optrella/Platform/Linux/Process.cpp
@@ -57,7 +49,6 @@ foreach(call IN ITEMS
     posix_spawnattr_setsigdefault)
   target_link_options(child-process-fault-tests PRIVATE -Wl,--wrap=${call})
 endforeach()
-add_dependencies(child-process-tests child-probe)
 add_dependencies(child-process-fault-tests child-probe)
 
 # A script that makes a system of its own in namespaces: as root, with users of its own, and again
@@ -70,11 +61,9 @@ function(optrella_namespace_script name script)
   endforeach()
 endfunction()
 
-# The terminal reader, with a user at its terminal; and with the system's calls in the tests' hands.
-optrella_test(password-tests SOURCES Terminal/PasswordTests.cpp LIBRARIES Optrella::Optrella)
+# Passwords and the terminal reader, with the system's calls in the tests' hands.
+target_sources(password-tests PRIVATE Terminal/LinuxPasswordTests.cpp)
 target_link_options(password-tests PRIVATE -Wl,--wrap=mmap,--wrap=munmap,--wrap=mlock)
-optrella_probe(terminal-probe Terminal/TerminalProbe.cpp)
-optrella_script(terminal-tests Terminal/TerminalTests.py $<TARGET_FILE:terminal-probe>)
 optrella_probe(terminal-fault-probe Terminal/FaultProbe.cpp)
 foreach(call IN ITEMS
     open pipe2 fcntl sigaction tcgetattr tcsetattr select read write mmap)
@@ -82,17 +71,12 @@ foreach(call IN ITEMS
 endforeach()
 optrella_script(terminal-fault-tests Terminal/FaultTests.py $<TARGET_FILE:terminal-fault-probe>)
 
-# What the process was started with.
-optrella_probe(start-arguments-probe ChildProcess/StartArgumentsProbe.cpp)
-optrella_test(start-arguments-tests
-  SOURCES ChildProcess/StartArgumentsTests.cpp ChildProcess/Traces.cpp
-  LIBRARIES Optrella::Optrella)
-add_dependencies(start-arguments-tests start-arguments-probe)
+target_sources(start-arguments-tests PRIVATE ChildProcess/LinuxStartArgumentsTests.cpp)
 
 # The file of the program that runs, and another program in its place.
 optrella_probe(own-program-probe Platform/OwnProgramProbe.cpp)
 optrella_test(own-program-tests
-  SOURCES Platform/OwnProgramTests.cpp ChildProcess/Traces.cpp
+  SOURCES Platform/OwnProgramTests.cpp ${traces}
   LIBRARIES Optrella::Optrella)
 add_dependencies(own-program-tests own-program-probe)
 

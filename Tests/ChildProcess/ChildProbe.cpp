@@ -5,7 +5,7 @@
 //   numbers COUNT     writes the lines "0", "1", ... like this, one by one
 //   fill COUNT        writes so many bytes 'x' at once, without waiting
 //   stream COUNT      writes so many bytes of a pattern, 100 000 at a time, and waits in the end
-//   capacity COUNT    gives the pipe of standard output room for so many bytes
+//   capacity COUNT    gives the pipe of standard output room for so many bytes, on Linux
 //   input             writes standard input, to its end, in hex
 //   arguments         writes all arguments in hex, a line for each, and ends
 //   file PATH         writes the file
@@ -42,6 +42,9 @@
 #include <thread>
 
 #include "Support/Probe.hpp"
+
+// macOS declares it in no header.
+extern "C" char** environ;
 
 namespace {
 
@@ -80,11 +83,11 @@ std::string signals() {
     sigset_t blocked;
     ::sigprocmask(SIG_SETMASK, nullptr, &blocked);
     std::string text;
-    for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+    for (int signal = 1; signal < NSIG; ++signal) {
         struct sigaction action {};
         if (::sigaction(signal, nullptr, &action) != 0) continue;
         if (action.sa_handler == SIG_IGN) text += std::to_string(signal) + " ignored\n";
-        if (::sigismember(&blocked, signal) == 1) text += std::to_string(signal) + " blocked\n";
+        if (sigismember(&blocked, signal) == 1) text += std::to_string(signal) + " blocked\n";
     }
     return text;
 }
@@ -184,8 +187,10 @@ bool does(std::string_view word, const char* argument) {
             writeAll(STDOUT_FILENO, std::string_view(text).substr(i, 100'000));
         }
         awaitDrained(STDOUT_FILENO);
+#ifdef F_SETPIPE_SZ
     } else if (word == "capacity") {
         if (::fcntl(STDOUT_FILENO, F_SETPIPE_SZ, static_cast<int>(count)) < 0) giveUp();
+#endif
     } else if (word == "file") {
         writeBlock(STDOUT_FILENO, contents(argument));
     } else if (word == "sleep") {

@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "Optrella/Platform/ChildProcess.hpp"
+#include "Secret.hpp"
 #include "Traces.hpp"
 
 namespace {

@@ -19,6 +19,9 @@
 
 #include "Optrella/Platform/StartArguments.hpp"
 
+// macOS declares it in no header.
+extern "C" char** environ;
+
 namespace {
 
 char elsewhere[] = "elsewhere";
@@ -32,7 +35,8 @@ void pointElsewhere(int argc, char* argv[]) {
     for (int i = 0; i < argc; ++i) argv[i] = elsewhere;
 }
 
-// Before the library's own constructor: of equal ones, the program's run before an archive's.
+// Before the library's own constructor, where they have an order: of equal ones, the program's run
+// before an archive's.
 [[gnu::constructor(101)]] void changeEarly(int argc, char* argv[], char**) {
     const std::string_view wished = wish();
     if (wished.starts_with("early")) {

@@ -3,10 +3,9 @@
 #ifndef OPTRELLA_TESTS_CHILDPROCESS_TRACES_HPP
 #define OPTRELLA_TESTS_CHILDPROCESS_TRACES_HPP
 
+#include <cstddef>
 #include <string>
 #include <vector>
-
-#include "Optrella/Platform/Password.hpp"
 
 namespace Tests {
 
@@ -24,13 +23,10 @@ bool hasUsualThreads();
 // Whether there is a child that nobody has waited for. Waits for those that there are.
 bool hasChildren();
 
-// A password that stands nowhere in this program: its bytes are made one by one.
-Optrella::Platform::Password secret();
-// What the probe writes for it.
-std::string secretInHex();
-
-// How often the secret, or a half of it, stands in the memory that the process may write to.
-int secretsInMemory();
+// What each system tells in its own way: the path of the program that runs, and how many threads it
+// has.
+std::string ownPath();
+std::size_t countThreads();
 
 }  // namespace Tests
 

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ChildProcess/Traces.hpp"
+#include "ChildProcess/Secret.hpp"
 #include "Optrella/Platform/Descriptor.hpp"
 #include "Optrella/Platform/Directory.hpp"
 #include "Optrella/Platform/Log.hpp"

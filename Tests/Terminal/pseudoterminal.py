@@ -93,6 +93,10 @@ class Program:
         return self.pid
 
     def is_asleep(self):
+        if sys.platform != "linux":  # the state of the busiest thread
+            state = subprocess.run(["ps", "-o", "stat=", "-p", str(self.reader())],
+                                   capture_output=True, text=True, check=False).stdout
+            return state[:1] in ("S", "I")
         directory = f"/proc/{self.reader()}/task"
         states = []
         try:
