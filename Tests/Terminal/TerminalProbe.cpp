@@ -11,6 +11,7 @@
 //   handle SIGNAL      counts the signal in a handler that returns, and looks at the terminal
 //   count SIGNAL       does the same without opening the terminal
 //   handled            how often the handler ran, and on or off, as it found the echo
+//   handler-thread     whether the handler ran on the thread that reads: "reader" or "other"
 //   handling           the signals that are not at their default, and whose handling they have
 //   descriptors        how many descriptors there are
 //   threads            how many threads there are, on Linux
@@ -43,6 +44,8 @@ int reportTo = -1;
 int terminal = -1;
 std::atomic<int> handlerRuns{0};
 std::atomic<bool> echoInHandler{false};
+std::atomic<bool> isReaderInHandler{false};
+thread_local bool isReader = false;
 
 void report(const std::string& line) { ::dprintf(reportTo, "%s\n", line.c_str()); }
 
@@ -58,7 +61,10 @@ std::string described(const std::optional<Password>& password) {
     return text;
 }
 
-void read() { report(described(readPassword("Password:"))); }
+void read() {
+    isReader = true;
+    report(described(readPassword("Password:")));
+}
 
 void readOnThread(bool isBlocked) {
     std::atomic<bool> isStarted{false};
@@ -82,6 +88,7 @@ void readMany(int count) {
 
 extern "C" void countSignal(int) {
     ++handlerRuns;
+    isReaderInHandler = isReader;
     termios settings;
     if (terminal >= 0 && ::tcgetattr(terminal, &settings) == 0)
         echoInHandler = (settings.c_lflag & ECHO) != 0;
@@ -141,6 +148,8 @@ bool does(const std::string& word) {
         readOnThread(true);
     } else if (word == "handled") {
         report(std::to_string(handlerRuns) + (echoInHandler ? " on" : " off"));
+    } else if (word == "handler-thread") {
+        report(isReaderInHandler ? "reader" : "other");
     } else if (word == "handling") {
         reportHandling();
     } else if (word == "descriptors") {

@@ -264,6 +264,14 @@ class Signal(TerminalTest):
                 self.expect_end(program, 0, ["none", "1 on"])
                 self.terminal.take_shown()
 
+    def test_is_raised_on_a_thread_that_is_told_of_it_at_once(self):
+        # The worker of a queue, which may read, is not on every system.
+        for how in ("read", "thread"):
+            with self.subTest(how=how):
+                program = self.run_probe("handle", word(signal.SIGINT), how, "handler-thread")
+                program.answer(b"typ\x03")
+                self.expect_end(program, 0, ["none", "other"])
+
     def test_with_a_handler_lets_the_next_reading_begin(self):
         program = self.run_probe("handle", word(signal.SIGINT), "read", "read", "handled")
         program.answer(b"\x03")

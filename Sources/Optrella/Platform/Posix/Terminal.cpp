@@ -82,10 +82,23 @@ void raiseUnblocked(int signal) noexcept {
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
+extern "C" void* callRaise(void* signal) {
+    raiseUnblocked(*static_cast<int*>(signal));
+    return nullptr;
+}
+
+// On a thread of its own: on a worker of a queue, macOS would send the signal to the process
+// instead, and that may act on it later.
+void raiseOnThread(int signal) noexcept {
+    pthread_t thread{};
+    if (::pthread_create(&thread, nullptr, callRaise, &signal) != 0) return raiseUnblocked(signal);
+    ::pthread_join(thread, nullptr);
+}
+
 void raiseAll(Signals signals) noexcept {
     for (const int signal : watched) {
         if ((signals & only(signal)) == 0) continue;
-        raiseUnblocked(signal);
+        raiseOnThread(signal);
         // One stop is enough: to be continued is the answer to all of them.
         if ((stops & only(signal)) != 0) return;
     }
