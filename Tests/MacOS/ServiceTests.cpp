@@ -33,6 +33,9 @@ using Tests::services;
 using Tests::ServiceTest;
 using Calls = std::vector<std::string>;
 
+// What follows a query that has failed, too.
+bool isStop(const std::string& call) { return call.starts_with("CSIdentityQueryStop "); }
+
 // Where this call fails the answer is no, without a word and a leak, and it was the last that was
 // asked.
 template <class Ask>
@@ -47,6 +50,7 @@ void expectNoOnFailureOf(const std::string& call, Ask ask) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_FALSE(answer);
     EXPECT_EQ(Tests::unbalancedObjects(), 0);
+    std::erase_if(services().calls, isStop);
     EXPECT_TRUE(services().calls.back().starts_with(call.substr(0, call.find(' '))))
         << services().calls.back();
 }
@@ -94,10 +98,12 @@ TEST_F(Membership, IsAskedOfTheDefaultAuthorityInThisOrder) {
                   "CSIdentityQueryCreateForName default anna equals user default authority",
                   "CSIdentityQueryExecute user named anna 2 null",
                   "CSIdentityQueryCopyResults user named anna",
+                  "CSIdentityQueryStop user named anna",
                   "CSIdentityGetPosixName user anna",
                   "CSIdentityQueryCreateForPosixID default 80 group default authority",
                   "CSIdentityQueryExecute group with number 80 2 null",
                   "CSIdentityQueryCopyResults group with number 80",
+                  "CSIdentityQueryStop group with number 80",
                   "CSIdentityIsMemberOfGroup user anna of group admin",
               }));
 }
@@ -116,7 +122,7 @@ TEST_F(Membership, OfRootAndInItsGroupAreKnownThoughHidden) {
 
 TEST_F(Membership, OfAnUnknownUserIsNotAskedForTheGroup) {
     EXPECT_FALSE(isMember("nobody-of-that-name", 80));
-    EXPECT_EQ(services().calls.size(), 3u);
+    EXPECT_EQ(services().calls.size(), 4u);
 }
 
 TEST_F(Membership, OfASimilarNameIsNone) {
@@ -165,6 +171,12 @@ TEST_F(Membership, IsNoneOnEveryFailure) {
                                 "CSIdentityQueryCopyResults 2", "CSIdentityIsMemberOfGroup"}) {
         expectNoOnFailureOf(failing, [] { return isMember("anna", 80); });
     }
+}
+
+TEST_F(Membership, StopsAQueryThatCouldNotRun) {
+    services().failing = "CSIdentityQueryExecute";
+    EXPECT_FALSE(isMember("anna", 80));
+    EXPECT_EQ(services().calls.back(), "CSIdentityQueryStop user named anna");
 }
 
 // ---- The password ----

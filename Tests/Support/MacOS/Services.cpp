@@ -253,6 +253,11 @@ CFArrayRef CSIdentityQueryCopyResults(CSIdentityQueryRef object) {
                                static_cast<CFIndex>(found.size()), &kCFTypeArrayCallBacks));
 }
 
+void CSIdentityQueryStop(CSIdentityQueryRef object) {
+    // One that has been released already would be read here.
+    static_cast<void>(isCalled("CSIdentityQueryStop", nameOf(static_cast<const void*>(object))));
+}
+
 CFStringRef CSIdentityGetPosixName(CSIdentityRef identity) {
     if (!isCalled("CSIdentityGetPosixName", nameOf(static_cast<const void*>(identity)))) {
         return nullptr;

@@ -17,8 +17,11 @@ using Identities = Owned<CFArrayRef>;
 // it fails.
 Identities run(const Owned<CSIdentityQueryRef>& query) noexcept {
     constexpr CSIdentityQueryFlags all = kCSIdentityQueryIncludeHiddenIdentities;
-    const bool hasRun = query && CSIdentityQueryExecute(query.get(), all, nullptr) != 0;
-    return Identities(hasRun ? CSIdentityQueryCopyResults(query.get()) : nullptr);
+    if (!query) return Identities(nullptr);
+    const bool hasRun = CSIdentityQueryExecute(query.get(), all, nullptr) != 0;
+    const CFArrayRef found = hasRun ? CSIdentityQueryCopyResults(query.get()) : nullptr;
+    CSIdentityQueryStop(query.get());  // asked for before the last release of a query
+    return Identities(found);
 }
 
 CFIndex sizeOf(const Identities& identities) noexcept {

@@ -34,6 +34,7 @@ CSIdentityQueryRef CSIdentityQueryCreateForPosixID(CFAllocatorRef allocator, id_
 Boolean CSIdentityQueryExecute(CSIdentityQueryRef query, CSIdentityQueryFlags flags,
                                CFErrorRef* error);
 CFArrayRef CSIdentityQueryCopyResults(CSIdentityQueryRef query);
+void CSIdentityQueryStop(CSIdentityQueryRef query);
 CFStringRef CSIdentityGetPosixName(CSIdentityRef identity);
 Boolean CSIdentityIsMemberOfGroup(CSIdentityRef identity, CSIdentityRef group);
 
