@@ -3,6 +3,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 root=$PWD
+system=$(uname -s)
 part=$(basename "$0")
 if [[ -z ${work:-} ]]; then
     work=$(mktemp -d)
@@ -23,6 +24,9 @@ skip() {
     if [[ -n ${CI:-} ]]; then fail "on this machine nothing may be skipped"; fi
     exit 0
 }
+
+# A part that only Linux can run.
+for_linux() { if [[ $system != Linux ]]; then skip "on $system, because $*"; fi; }
 
 # Builds the library OFF or ON (shared) and installs it in $work/prefix-OFF or -ON, if that has not
 # been done yet. The prefix is moved after installing: what is installed must not depend on its place.
@@ -52,5 +56,10 @@ expect() {
     say "$kind works"
 }
 
+# The shared libraries that a program asks for, in the words of the system's own tool.
+libraries_of() {
+    if [[ $system == Darwin ]]; then otool -L "$1"; else objdump -p "$1"; fi
+}
+
 # Whether a program is linked with the shared library.
-is_shared() { [[ $(readelf --dynamic --wide "$1") == *"Shared library: [liboptrella.so"* ]]; }
+is_shared() { [[ $(libraries_of "$1") == *[\ /]liboptrella.[0-9ds]* ]]; }
