@@ -81,7 +81,7 @@ private:
         return contender.walk().state().requiredWordsGiven < contender.form().requiredWordCount();
     }
 
-    bool mayOfferTags(const Contender& contender, Slot slot) const noexcept {
+    [[nodiscard]] bool mayOfferTags(const Contender& contender, Slot slot) const noexcept {
         if (!contender.mayGive(slot)) return false;
         if (!isReduced_) return true;
         const SlotRules& rules = contender.form().slot(slot);

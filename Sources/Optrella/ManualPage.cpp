@@ -154,7 +154,7 @@ private:
     }
 
     // In capitals. An escape would have small letters.
-    std::string title() const noexcept {
+    [[nodiscard]] std::string title() const noexcept {
         std::string title;
         for (const char each : upperCase(name_)) {
             const bool isPlain = (each >= 'A' && each <= 'Z') || (each >= '0' && each <= '9') ||
@@ -182,7 +182,7 @@ private:
         }
     }
     template <class Condition>
-    bool hasVisible(Condition condition) const noexcept {
+    [[nodiscard]] bool hasVisible(Condition condition) const noexcept {
         bool has = false;
         forEachVisible([&](const Form& form) { has = has || condition(form); });
         return has;
@@ -289,7 +289,7 @@ private:
         addParameters(form);
     }
 
-    std::size_t indexOf(const Form& form) const noexcept {
+    [[nodiscard]] std::size_t indexOf(const Form& form) const noexcept {
         return static_cast<std::size_t>(&form - grammar_.forms.data());
     }
 
@@ -373,7 +373,7 @@ private:
     // ---- OPTIONS ----
 
     // Whoever declares a tag gets it.
-    bool isDeclared(const Text& tag) const noexcept {
+    [[nodiscard]] bool isDeclared(const Text& tag) const noexcept {
         const Symbol symbol = grammar_.vocabulary.find(tag);
         return anyOf(grammar_.forms,
                      [&](const Form& form) { return form.ownerOf(symbol) != noSlot; });

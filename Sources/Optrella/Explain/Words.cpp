@@ -125,7 +125,7 @@ private:
     }
 
     // The nearest attempt, or where that says nothing, another one that knows what was meant.
-    const Attempt& nearest() const noexcept {
+    [[nodiscard]] const Attempt& nearest() const noexcept {
         const Attempt& first = explanation_.attempts.front();
         if (line_.isMeant(first) || !first.unknown || !first.near.empty()) return first;
         for (const Attempt& each : explanation_.attempts) {
@@ -137,7 +137,7 @@ private:
     // ---- What is missing ----
 
     // An operand comes after the words: where words are missing it is not what is wrong.
-    bool lacksWordsAlone(const Attempt& attempt) const noexcept {
+    [[nodiscard]] bool lacksWordsAlone(const Attempt& attempt) const noexcept {
         const bool isOperand = attempt.why == UnknownArgument::notExpected;
         if (line_.grammar().isExact() || line_.missingWords(attempt).empty()) return false;
         return isOperand || TypedLine::isNothingWrong(attempt);
@@ -180,7 +180,7 @@ private:
         sayUsages(alike);
     }
 
-    bool isAsNear(const Attempt& each, const Attempt& nearest) const noexcept {
+    [[nodiscard]] bool isAsNear(const Attempt& each, const Attempt& nearest) const noexcept {
         return !each.fits && TypedLine::isNothingWrong(each) && each.missing.size() == 1 &&
                line_.missingWords(each).empty() && line_.given(each) == line_.given(nearest);
     }

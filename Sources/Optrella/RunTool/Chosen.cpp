@@ -105,10 +105,10 @@ private:
         return anyOf(given_, [owner](const Match& each) { return each.declared == owner; });
     }
     [[nodiscard]] bool isRequired(const Match& match) const noexcept {
-        const std::less<const ParameterView*> isBefore;
-        const KeptParameter* const first = required_.data();
-        return !isBefore(match.declared, first) &&
-               isBefore(match.declared, first + required_.size());
+        const std::less<> isBefore;
+        const ParameterView* const first = required_.data();
+        const ParameterView* const end = required_.data() + required_.size();
+        return !isBefore(match.declared, first) && isBefore(match.declared, end);
     }
     [[nodiscard]] std::size_t countOfRequired() const noexcept {
         return static_cast<std::size_t>(std::count_if(

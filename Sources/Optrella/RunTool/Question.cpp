@@ -1,7 +1,6 @@
 #include "Optrella/RunTool/Question.hpp"
 
 #include <algorithm>
-#include <compare>
 #include <string_view>
 
 #include "Optrella/Tool/Argument.hpp"
@@ -74,10 +73,10 @@ public:
     // order of their words. Hidden ones are meant only where no others are, and by a tag.
     [[nodiscard]] std::vector<const Reader*> meant() const noexcept {
         std::vector<const Reader*> best;
-        Rank most{};
+        std::size_t most = 1;
         for (const Reader& each : all_) {
-            const Rank rank = rankOf(each);
-            if (rank < most || rank == Rank{}) continue;
+            const std::size_t rank = rankOf(each);
+            if (rank < most) continue;
             if (rank > most) best.clear();
             most = rank;
             best.push_back(&each);
@@ -89,20 +88,12 @@ public:
     }
 
 private:
-    // How well the line names it; nothing when it does not name a hidden one.
-    struct Rank {
-        bool isMeant;
-        std::size_t named;
-        bool isVisible;
-        bool isBegun;
-
-        friend auto operator<=>(const Rank&, const Rank&) = default;
-    };
-    static Rank rankOf(const Reader& reader) noexcept {
+    // How well the line names it; 0 when it does not name a hidden one.
+    static std::size_t rankOf(const Reader& reader) noexcept {
         const bool isVisible = !reader.walk.form().isHidden();
         const std::size_t named = reader.named();
-        if (!isVisible && named == 0) return {};
-        return {true, named, isVisible, reader.isBegun()};
+        if (!isVisible && named == 0) return 0;
+        return 1 + 4 * named + (isVisible ? 2 : 0) + (reader.isBegun() ? 1 : 0);
     }
 
     std::vector<Reader> all_;

@@ -10,7 +10,7 @@ namespace Optrella::Internal {
 
 template <class Range, class Condition>
 [[nodiscard]] bool anyOf(const Range& range, Condition condition) noexcept {
-    for (const auto& each : range) {
+    for (const auto& each : range) {  // NOLINT(readability-use-anyofallof)
         if (condition(each)) return true;
     }
     return false;

@@ -58,6 +58,7 @@ private:
             return std::forward<Range>(range);
         } else {
             std::vector<Text> texts;
+            if constexpr (requires { range.size(); }) texts.reserve(range.size());
             for (auto&& each : range) texts.emplace_back(each);
             return texts;
         }

@@ -20,10 +20,10 @@ sigset_t maskOfStart;
 }  // namespace
 
 std::optional<std::string> takeVariable(const char* name) {
-    const char* value = std::getenv(name);
+    const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe)
     if (value == nullptr) return std::nullopt;
     std::string taken = value;
-    ::unsetenv(name);
+    ::unsetenv(name);  // NOLINT(concurrency-mt-unsafe)
     return taken;
 }
 
