@@ -114,7 +114,7 @@ void addNotes(Row& row, const SlotRules& rules) noexcept {
 
 void addParameter(Rows& rows, const SlotRules& rules) noexcept {
     Row& row = addRow(rows);
-    if (!rules.takes) row.label = labelOf(rules.tags());
+    if (!rules.takes) row.label = labelOf({rules.tags().begin(), rules.tags().size()});
     if (rules.takesValue) row.label.add(valueName(rules), Style::plain, Join::inner);
     if (rules.mayRepeat) row.label.add("...", Style::plain, Join::none);
     row.help.addText(rules.parameter.common().tagHelp);
