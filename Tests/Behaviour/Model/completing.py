@@ -19,6 +19,7 @@ class Offer(NamedTuple):
     name: Optional[str]
     category: int
     position: int
+    path: tuple = ()  # its type and state, which tell a placeholder from another
 
     def observed(self):
         return {"kind": self.kind, "word": None if self.word is None else to_json(self.word),
@@ -77,8 +78,10 @@ class Completion:
             if parameter.kind == "ParameterList":
                 yield from self.choices(position, parameter)
             elif self.reads_as_value(position, self.fresh) and self.can_follow(self.fresh):
-                kind = "path" if parameter.kind == "ParameterFileURL" else "value"
-                yield Offer(kind, None, parameter.tag_help, parameter.parameter_name, DUE, position)
+                is_path = parameter.kind == "ParameterFileURL"
+                yield Offer("path" if is_path else "value", None, parameter.tag_help,
+                            parameter.parameter_name, DUE, position,
+                            (parameter.type, parameter.state) if is_path else ())
 
     def choices(self, position, parameter):
         for option in parameter.options:
@@ -138,6 +141,6 @@ def once(offers):
     seen = {}
     for offer in offers:
         same = ("word", key(offer.word)) if offer.word is not None else (
-            offer.kind, key(offer.help), key(offer.name))
+            offer.kind, key(offer.help), key(offer.name), offer.path)
         seen.setdefault(same, offer)
     return list(seen.values())
