@@ -77,10 +77,6 @@ int refuse(const Tool& tool, const Grammar& grammar, std::span<const Text> argum
     return wrongLine;
 }
 
-int refuse(const Tool& tool, const Grammar& grammar, std::span<const Text> arguments) noexcept {
-    return refuse(tool, grammar, arguments, explained(grammar, arguments));
-}
-
 int answer(std::string_view text) noexcept {
     print(text);
     return success;
@@ -105,6 +101,15 @@ int answerCompletion(const Tool& tool, const std::optional<Text>& typed) noexcep
     return wrongLine;
 }
 
+// A hidden command may fit what is no command to anybody else.
+int explainNoCommand(const Tool& tool, const Grammar& grammar,
+                     std::span<const Text> words) noexcept {
+    const Explanation explanation = explained(grammar, words);
+    if (explanation.outcome != Outcome::runs) return refuse(tool, grammar, words, explanation);
+    complain(tool, "there is no help on that");
+    return wrongLine;
+}
+
 int answer(const Tool& tool, const Grammar& grammar, const Question& question) noexcept {
     const std::size_t width = widthOf(Stream::output);
     const Emphasis emphasis = emphasisOn(Stream::output);
@@ -114,7 +119,7 @@ int answer(const Tool& tool, const Grammar& grammar, const Question& question) n
         case About::commands:
             return answer(helpPage(tool, question.commands, width, emphasis));
         case About::noCommand:
-            return refuse(tool, grammar, question.words);
+            return explainNoCommand(tool, grammar, question.words);
         case About::version:
             return answer(tool.name.str().append(" ").append(tool.version).append("\n"));
         case About::completion:
@@ -137,7 +142,7 @@ int runNothing(const Tool& tool, std::span<const Text> arguments) noexcept {
     if (const std::optional<Question> question = questionOf(tool, grammar, arguments)) {
         return answer(tool, grammar, *question);
     }
-    return refuse(tool, grammar, arguments);
+    return refuse(tool, grammar, arguments, explained(grammar, arguments));
 }
 
 // ---- The command ----

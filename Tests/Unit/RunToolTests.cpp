@@ -302,6 +302,14 @@ TEST_F(RunTool, ExplainsWhatIsNoCommandInsteadOfHelping) {
     EXPECT_EQ(status_, 64);
 }
 
+TEST_F(RunTool, SaysThatThereIsNoHelpOnWhatAHiddenOperandTakes) {
+    tool_.commandLines =
+        std::vector{declaration({list}, {}), declaration({label}, {}, false, true)};
+    tool_.operands = {label};
+    EXPECT_EQ(said({"this", "--help"}), Words{"items: there is no help on that\n"});
+    EXPECT_EQ(status_, 64);
+}
+
 TEST_F(RunTool, TellsWhatIsWrongWhereACommandHasAUseForTheOptionItself) {
     EXPECT_EQ(out({"list", "-h"}), "");
     EXPECT_EQ(calls_, 1);
