@@ -15,12 +15,15 @@ LINUX = {
     "Scripts/fuzz": "Apple's clang has no fuzzer",
     "Scripts/libcxx": "unpacks Debian's packages",
     "Scripts/machines": "emulates a Linux process",
+    "Scripts/macos-link": "on a Mac the system's own tools link",
     "Scripts/release": "a release is made where Debian's packages are",
+    "Scripts/utf8proc-source": "asks apt",
     "Tests/Package/conan": "checked on Linux",
     "Tests/Package/debian": "installs Debian packages",
     "Tests/Package/debian-installed": "runs in a Debian system",
     "Tests/Package/reproducible": "reads ELF files",
     "Tests/Package/shared": "reads ELF files",
+    "Scripts/ziglang": "a Mac has its own headers and linker",
     "Tests/Package/vcpkg": "checked on Linux",
 }
 # What lacks it on a Mac, and how it is written.

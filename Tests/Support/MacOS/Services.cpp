@@ -319,11 +319,10 @@ bool os_log_type_enabled(os_log_t log, os_log_type_t type) {
     return services().isInfoWanted;
 }
 
-void standInTakeLogEntry(os_log_t log, os_log_type_t type, const char* format, const void* buffer,
-                         unsigned long size) {
-    static_cast<void>(
-        isCalled("os_log", orNull(log, "log") + ' ' + std::to_string(type) + " \"" + format + '"' +
-                               argumentsIn(static_cast<const std::uint8_t*>(buffer), size)));
+void _os_log_impl(void*, os_log_t log, os_log_type_t type, const char* format, uint8_t* buffer,
+                  uint32_t size) {
+    static_cast<void>(isCalled("os_log", orNull(log, "log") + ' ' + std::to_string(type) + " \"" +
+                                             format + '"' + argumentsIn(buffer, size)));
 }
 }
 

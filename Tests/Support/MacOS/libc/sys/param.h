@@ -1,1 +1,0 @@
-/* Nothing of it is used. */
