@@ -9,6 +9,12 @@ class Optrella < Formula
   depends_on macos: :monterey
   depends_on "utf8proc"
 
+  # The clang of Xcode 13; that of Xcode 14 is the oldest.
+  fails_with :clang do
+    build 1316
+    cause "the library needs more of C++20"
+  end
+
   def install
     system "cmake", "-S", ".", "-B", "build", "-DOPTRELLA_BUILD_TESTS=OFF",
            "-DOPTRELLA_BUILD_EXAMPLES=OFF", *std_cmake_args
