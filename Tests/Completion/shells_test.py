@@ -107,6 +107,9 @@ class Work:
         self.write("here/a dir/inner file", b"")
         self.write("home/my file", b"")
         self.write("home/my dir/inner file", b"")
+        # Without it fish, in the background, makes completions of all manual pages and writes them here.
+        for data in ("share", "nothing"):
+            (self.path / data / "fish/generated_completions").mkdir(parents=True)
 
     def write(self, name, content):
         file = self.path / name
