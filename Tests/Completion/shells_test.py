@@ -135,6 +135,15 @@ class Script(unittest.TestCase):
                 result = subprocess.run([shell, "-n"], input=script(shell), capture_output=True, check=False)
                 self.assertEqual((result.returncode, result.stdout, result.stderr), (0, b"", b""))
 
+    def test_does_nothing_in_a_bash_that_is_too_old(self):
+        """macOS has 3.2, which may read all that is installed whenever it starts."""
+        for kept, status in (("", 0), ("enable -n compopt", 1)):
+            result = subprocess.run(["bash", "-c", f"{kept}\nset -e; source /dev/stdin; complete -p my-stock"],
+                                    input=script("bash"), capture_output=True, check=False)
+            self.assertEqual((result.returncode, result.stdout != b""), (status, status == 0))
+        # What bash has not always read without shopt -s extglob.
+        self.assertNotRegex(script("bash"), rb"[@*+?!]\(")
+
     def test_holds_no_command_of_the_tool(self):
         for shell in INSTALLED:
             for word in (b"import", b"db:migrate", b"--sort", b"remove"):
@@ -312,6 +321,7 @@ class Completion:
     def test_completes_the_file_of_a_redirection(self):
         self.assertEqual(self.completed("my-stock list >it"), "my-stock list >it\\'s ")
         self.assertEqual(self.completed("my-stock list > it"), "my-stock list > it\\'s ")
+        self.assertEqual(self.completed("my-stock list 2>it"), "my-stock list 2>it\\'s ")
         self.assertEqual(self.completed("my-stock list > file --so"), "my-stock list > file --sort ")
 
     # ---- Which command is asked ----

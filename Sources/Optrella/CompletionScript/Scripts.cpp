@@ -5,9 +5,9 @@ namespace Optrella::Internal {
 namespace {
 
 constexpr std::string_view bash =
-    R"script(# Completes the words of @NAME@ in bash 4.4 or later: asks the command itself.
+    R"script(# Completes @NAME@ in bash 4.4 or later by asking it.
 
-# Reads the line, for COMP_WORDS is cut at "=" and ":". Expands nothing.
+# Reads the line: COMP_WORDS is cut at "=" and ":". Expands nothing.
 @FUNCTION@_read() {
   local line=${COMP_LINE:0:COMP_POINT} char text opened depth=0 isWord= isFile=
   while :; do
@@ -47,7 +47,7 @@ constexpr std::string_view bash =
           word+=$char isWord=1
           continue
         fi
-        [[ $char != [\<\>] || $word != *([0-9&]) ]] || isWord=
+        [[ $char != [\<\>] || $word == *[!0-9\&]* ]] || isWord=
         if [[ $isWord ]]; then
           [[ $isFile ]] || words+=("$word")
           isFile=
@@ -98,9 +98,9 @@ constexpr std::string_view bash =
   for text in "${offers[@]}"; do
     while [[ $text != "$whole"* ]]; do whole=${whole%?}; done
   done
-  # What all begin with is inserted, and quoted as it was begun; the rest is listed.
+  # What all begin with is inserted, quoted as it was begun; the rest is listed.
   for line in "${offers[@]}"; do
-    [[ $COMP_TYPE != @(37|42) ]] || whole=$line
+    [[ $COMP_TYPE != [34][27] ]] || whole=$line
     text=$whole
     case $quote in
       \') text=${text//\'/\'\\\'\'} ;;
@@ -114,11 +114,11 @@ constexpr std::string_view bash =
     COMPREPLY+=("$text${line:${#whole}}")
   done
 } &>/dev/null
-complete -F @FUNCTION@ -- '@NAME@'
+! type compopt &>/dev/null || complete -F @FUNCTION@ -- '@NAME@'
 )script";
 
 constexpr std::string_view zsh = R"script(#compdef @NAME@
-# Completes the words of @NAME@ in zsh 5: asks the command itself.
+# Completes @NAME@ in zsh 5 by asking it.
 @FUNCTION@() {
   local program=${(Q)words[1]} quote=$compstate[quote] line kind word paths before due width=0 result=1
   local -a typed lines offers helps shown expl
@@ -174,7 +174,7 @@ esac
 )script";
 
 constexpr std::string_view fish =
-    R"script(# Completes the words of @NAME@ in fish 3 or later: asks the command itself.
+    R"script(# Completes @NAME@ in fish 3 or later by asking it.
 function @FUNCTION@
     set -l raw (commandline -ct | string collect)
     set -l tokens
