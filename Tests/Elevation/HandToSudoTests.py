@@ -415,7 +415,7 @@ class ByHand(sudosystem.SystemTest):
             self.assertEqual(ours["output"], refused)
 
 
-class WhatIsStarted(sudosystem.SystemTest):
+class Started(sudosystem.SystemTest):
     """Whatever the tool was started by and as, sudo starts that tool or nothing."""
 
     def setUp(self):
@@ -439,6 +439,8 @@ class WhatIsStarted(sudosystem.SystemTest):
     STEPS = ("user", "program", "write")
     ITSELF = b"user 0 0\nprogram %s\n" % PROBE.encode()
 
+
+class WhatIsStarted(Started):
     def test_is_the_tool_whatever_its_first_argument_is(self):
         for name in ("-e", "A=B", "", "-bash", "/bin/sh", "probe", "./probe", "--", "-u"):
             with self.subTest(name):
@@ -472,46 +474,6 @@ class WhatIsStarted(sudosystem.SystemTest):
         self.expect_output(told_by_tool, *command)
         self.expect_output(told_by_tool, "./link", *command[1:], cwd=WORK)
 
-    # Such a name leads to another file, or to none, in the process of sudo.
-
-    def test_is_the_tool_that_has_started_itself_again(self):
-        for name in ("/proc/self/exe", "/proc/../proc/thread-self/exe"):
-            self.expect_output(self.ITSELF, *steps(*self.STEPS),
-                               environment={"BEFORE": "again " + name})
-
-    def test_is_the_tool_that_was_started_by_a_descriptor(self):
-        def open_tool():
-            os.dup2(os.open(PROBE, os.O_RDONLY), 9)
-
-        self.expect_output(self.ITSELF, *steps(*self.STEPS), executable="/proc/self/fd/9",
-                           before=open_tool, close_fds=False)
-
-    def test_is_nothing_where_the_tool_was_deleted_or_replaced(self):
-        copy = WORK + "/copy"
-        for change in (lambda: os.unlink(copy), lambda: os.replace(WORK + "/other", copy)):
-            shutil.copy(PROBE, copy)
-            self.other(WORK + "/other")
-            for name in ("here", "go"):
-                if os.path.exists(f"{WORK}/{name}"):
-                    os.unlink(f"{WORK}/{name}")
-            tool = self.start(*steps("say a", "write", tool=copy), environment={
-                "BEFORE": f"pid {WORK}/here\nawait {WORK}/go"})
-            await_that(lambda: os.path.exists(WORK + "/here"), "does not start")
-            change()
-            write(WORK + "/go", "")
-            self.assertEqual((tool.finish(), tool.output, tool.errors),
-                             (NO_MATCHING_LINE, b"", UNKNOWN))
-            self.assertFalse(os.path.exists(SUDO_LOG))
-
-    def test_is_nothing_where_a_loader_was_given_the_tool(self):
-        loader = namespaces.existing(("/lib64/ld-linux-x86-64.so.2", "/lib/ld-linux-aarch64.so.1"))
-        if loader is None:
-            self.skipTest("it is not known where the loader is on this processor")
-        self.other(WORK + "/root")
-        command = steps("say a", "write")
-        self.expect_refusal(UNKNOWN, loader, *command, cwd=WORK)
-        self.expect_refusal(UNKNOWN, loader, "--argv0", PROBE, *command, cwd=WORK)
-
     # Much of what the system tells of such a process is closed to itself.
     @unittest.skipIf(namespaces.preloads(sys.argv[-2]), "a sanitizer must look into the process")
     def test_is_the_tool_that_the_user_may_execute_and_not_read(self):
@@ -524,14 +486,6 @@ class WhatIsStarted(sudosystem.SystemTest):
     def test_is_nothing_where_an_argument_has_a_nul(self):
         self.expect_refusal(refusal(b"/usr/bin/sudo cannot be started: Invalid argument"),
                             *steps("say a", "write"), environment={"BEFORE": "nul"})
-
-    def test_gets_directory_mask_and_streams_and_no_other_descriptor(self):
-        ends = os.pipe()
-        for end in ends:
-            self.addCleanup(os.close, end)
-        self.expect_output(b"place %s 077\ndescriptors 0 1 2\n" % DIRECTORY.encode(),
-                           *steps("place", "descriptors", "write"),
-                           before=lambda: os.umask(0o077), pass_fds=ends)
 
     def test_gets_the_signals_that_it_would_get_by_hand(self):
         for how in ({}, {"restore_signals": False}):
@@ -573,6 +527,58 @@ class WhatIsStarted(sudosystem.SystemTest):
     def test_is_needed_by_a_member_of_roots_group(self):
         set_up_rules(administrators="tgzero ALL=(ALL) NOPASSWD: ALL\n")
         self.expect_output(b"user 0 0\n", *steps("user", "write"), user="tgzero")
+
+
+class WhatLinuxKnowsOfIt(Started):
+    """By what /proc says of the file that runs; and nothing that the library of another system keeps open."""
+
+    def test_gets_directory_mask_and_streams_and_no_other_descriptor(self):
+        ends = os.pipe()
+        for end in ends:
+            self.addCleanup(os.close, end)
+        self.expect_output(b"place %s 077\ndescriptors 0 1 2\n" % DIRECTORY.encode(),
+                           *steps("place", "descriptors", "write"),
+                           before=lambda: os.umask(0o077), pass_fds=ends)
+
+    # Such a name leads to another file, or to none, in the process of sudo.
+
+    def test_is_the_tool_that_has_started_itself_again(self):
+        for name in ("/proc/self/exe", "/proc/../proc/thread-self/exe"):
+            self.expect_output(self.ITSELF, *steps(*self.STEPS),
+                               environment={"BEFORE": "again " + name})
+
+    def test_is_the_tool_that_was_started_by_a_descriptor(self):
+        def open_tool():
+            os.dup2(os.open(PROBE, os.O_RDONLY), 9)
+
+        self.expect_output(self.ITSELF, *steps(*self.STEPS), executable="/proc/self/fd/9",
+                           before=open_tool, close_fds=False)
+
+    def test_is_nothing_where_the_tool_was_deleted_or_replaced(self):
+        copy = WORK + "/copy"
+        for change in (lambda: os.unlink(copy), lambda: os.replace(WORK + "/other", copy)):
+            shutil.copy(PROBE, copy)
+            self.other(WORK + "/other")
+            for name in ("here", "go"):
+                if os.path.exists(f"{WORK}/{name}"):
+                    os.unlink(f"{WORK}/{name}")
+            tool = self.start(*steps("say a", "write", tool=copy), environment={
+                "BEFORE": f"pid {WORK}/here\nawait {WORK}/go"})
+            await_that(lambda: os.path.exists(WORK + "/here"), "does not start")
+            change()
+            write(WORK + "/go", "")
+            self.assertEqual((tool.finish(), tool.output, tool.errors),
+                             (NO_MATCHING_LINE, b"", UNKNOWN))
+            self.assertFalse(os.path.exists(SUDO_LOG))
+
+    def test_is_nothing_where_a_loader_was_given_the_tool(self):
+        loader = namespaces.existing(("/lib64/ld-linux-x86-64.so.2", "/lib/ld-linux-aarch64.so.1"))
+        if loader is None:
+            self.skipTest("it is not known where the loader is on this processor")
+        self.other(WORK + "/root")
+        command = steps("say a", "write")
+        self.expect_refusal(UNKNOWN, loader, *command, cwd=WORK)
+        self.expect_refusal(UNKNOWN, loader, "--argv0", PROBE, *command, cwd=WORK)
 
 
 class NoLoop(sudosystem.SystemTest):
