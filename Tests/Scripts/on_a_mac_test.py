@@ -14,13 +14,15 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 STEPS = ["what this Mac has", "installing what is missing", "building and showing the example tools",
          "building everything and running the tests", "what the tests said in full",
          "a tool against the installed library", "a library for both processors",
-         "what reaches the system's log"]
+         "what reaches the system's log", "what shells, man and sudo make of a tool"]
 SYSTEM = {"uname": "echo Darwin", "sw_vers": "echo ProductVersion: 12.6", "sysctl": "echo Mac14,2",
           "xcode-select": "echo /Library/Developer/CommandLineTools", "xcrun": "echo 13.1",
           "clang": "echo Apple clang version 14.0.0", "brew": "echo Homebrew 4", "cmake": "echo cmake $*",
-          "lipo": "echo x86_64 arm64", "log": "echo '<private>' $*", "git": "echo v0"}
+          "lipo": "echo x86_64 arm64", "mandoc": "echo mandoc $*", "man": "echo man $*",
+          "zsh": "echo zsh $*; cat >/dev/null", "log": "echo '<private>' $*", "git": "echo v0"}
 PARTS = {"Scripts/prepare": "echo prepare $*", "demo": "echo demo", "check": "echo check",
-         "Tests/Package/installed": "echo installed", "build/demo/Examples/hosts": "echo hosts $*"}
+         "Tests/Package/installed": "echo installed", "build/demo/Examples/hosts": "echo hosts $*",
+         "build/demo/Examples/sessions": '[[ $1 == --* ]] || { echo "sessions $*"; exit 64; }'}
 
 
 class OnAMac(unittest.TestCase):
@@ -64,7 +66,10 @@ class OnAMac(unittest.TestCase):
         for said in ("ProductVersion: 12.6\n", "Apple clang version 14.0.0\n", "prepare all\n", "demo\n", "check\n",
                      "the tests' own words\n", "installed\n", "cmake --preset universal\n", "x86_64 arm64\n",
                      "hosts frobnicate\n", "<private> show --last 1m --info --style compact --predicate"
-                     ' subsystem == "com.brenvale.package.Optrella"\n', "\nAll 8 steps were good.\n"):
+                     ' subsystem == "com.brenvale.package.Optrella"\n',
+                     "\nzsh -n\nmandoc -T lint build/sessions.1\nman PROJECT/build/sessions.1\n",
+                     "\nsessions purge --older-than=0\n64\n",
+                     "\nAll 9 steps were good.\n"):
             self.assertIn(said, self.report)
         self.assertTrue(result.stdout.endswith(
             f"Please send this file to the authors, whatever it says: {self.root}/build/on-a-mac.txt\n"))
@@ -75,8 +80,8 @@ class OnAMac(unittest.TestCase):
         self.assertEqual(result.returncode, 1)
         self.assertRegex(self.headings()[3], r": FAILED with 8 \(\d+ s\)$")
         self.assertIn("\n3 tests failed\n", self.report)
-        self.assertEqual(len(self.headings()), 8)
-        self.assertIn("\n1 of 8 steps were not good.\n", self.report)
+        self.assertEqual(len(self.headings()), 9)
+        self.assertIn("\n1 of 9 steps were not good.\n", self.report)
 
     def test_what_a_mac_does_not_have_is_told(self):
         (self.commands / "brew").unlink()
