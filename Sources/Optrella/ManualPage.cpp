@@ -14,6 +14,7 @@
 #include "Optrella/Tool/Argument.hpp"
 #include "Optrella/Tool/Conditions.hpp"
 #include "Optrella/Tool/Grammar.hpp"
+#include "Optrella/Tool/OwnOption.hpp"
 #include "Optrella/Tool/Synopsis.hpp"
 
 namespace Optrella {
@@ -372,24 +373,18 @@ private:
 
     // ---- OPTIONS ----
 
-    // Whoever declares a tag gets it.
-    [[nodiscard]] bool isDeclared(const Text& tag) const noexcept {
-        const Symbol symbol = grammar_.vocabulary.find(tag);
-        return anyOf(grammar_.forms,
-                     [&](const Form& form) { return form.ownerOf(symbol) != noSlot; });
-    }
-
     void addOwnOptions() noexcept {
         const std::size_t begin = page_.size();
         line(".Sh OPTIONS");
         beginList();
         const std::size_t beginOfItems = page_.size();
-        addOwnOption({"-h", "--help"}, "", "Show the help page, or that of the command before it.");
-        if (!tool_.version.empty()) addOwnOption({"--version"}, "", "Show the version.");
-        addOwnOption({"--completion"}, " Cm bash | zsh | fish",
+        addOwnOption(OwnOption::help, "", "Show the help page, or that of the command before it.");
+        addOwnOption(OwnOption::version, "", "Show the version.");
+        addOwnOption(OwnOption::completion, " Cm bash | zsh | fish",
                      "Print what lets a shell complete command lines of this tool.");
-        addOwnOption({"--manual"}, "", "Print this page.");
-        addOwnOption({"--describe"}, "", "Print what the tool can do as JSON, for programs.");
+        addOwnOption(OwnOption::manual, "", "Print this page.");
+        addOwnOption(OwnOption::description, "",
+                     "Print what the tool can do as JSON, for programs.");
         if (page_.size() == beginOfItems) {
             page_.erase(begin);
         } else {
@@ -397,11 +392,9 @@ private:
         }
     }
 
-    void addOwnOption(std::initializer_list<Text> tags, std::string_view value,
-                      std::string_view help) noexcept {
+    void addOwnOption(OwnOption option, std::string_view value, std::string_view help) noexcept {
         std::string macros;
-        for (const Text& tag : tags) {
-            if (isDeclared(tag)) continue;
+        for (const Text& tag : ownTags(tool_, grammar_, option)) {
             if (!macros.empty()) macros += " , ";
             macros += tagMacro(tag);
         }

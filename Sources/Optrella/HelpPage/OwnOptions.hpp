@@ -1,19 +1,17 @@
-// OwnOptions.hpp - what every tool answers by itself.
+// OwnOptions.hpp - what the help page says of what every tool answers by itself.
 
 #ifndef OPTRELLA_HELPPAGE_OWNOPTIONS_HPP
 #define OPTRELLA_HELPPAGE_OWNOPTIONS_HPP
 
 #include <optional>
-#include <span>
 #include <string_view>
-#include <vector>
 
 #include "Optrella/HelpPage/Sheet.hpp"
 #include "Optrella/Tool/Grammar.hpp"
+#include "Optrella/Tool/OwnOption.hpp"
 
 namespace Optrella::Internal {
 
-// A tag that a declaration has is the declaration's.
 class OwnOptions {
 public:
     OwnOptions(const Tool& tool, const Grammar& grammar) noexcept
@@ -28,8 +26,7 @@ public:
     [[nodiscard]] Prose ofPackagers() const noexcept;
 
 private:
-    void add(Rows& rows, std::span<const Text> tags, std::string_view help) const noexcept;
-    [[nodiscard]] std::vector<Text> free(std::span<const Text> tags) const noexcept;
+    void add(Rows& rows, OwnOption option, std::string_view help) const noexcept;
 
     const Tool& tool_;
     const Grammar& grammar_;

@@ -5,6 +5,7 @@
 
 #include "Optrella/Tool/Argument.hpp"
 #include "Optrella/Tool/Conditions.hpp"
+#include "Optrella/Tool/OwnOption.hpp"
 #include "Optrella/Tool/Walk.hpp"
 
 namespace Optrella::Internal {
@@ -101,30 +102,32 @@ private:
 
 // ---- The options of every tool ----
 
-struct OwnOption {
-    std::string_view tag;
-    About about;
-};
-
-constexpr OwnOption ownOptions[] = {
-    {"--help", About::tool},       {"-h", About::tool},
-    {"--version", About::version}, {"--completion", About::completion},
-    {"--manual", About::manual},   {"--describe", About::description},
-};
 constexpr std::string_view completionWithShell = "--completion=";
 constexpr std::string_view helpCommand = "help";
+
+About aboutOf(OwnOption option) noexcept {
+    switch (option) {
+        case OwnOption::version:
+            return About::version;
+        case OwnOption::completion:
+            return About::completion;
+        case OwnOption::manual:
+            return About::manual;
+        case OwnOption::description:
+            return About::description;
+        case OwnOption::help:
+            break;
+    }
+    return About::tool;
+}
 
 std::optional<About> aboutOf(const Tool& tool, std::span<const Text> arguments,
                              std::size_t place) noexcept {
     const std::string_view argument = arguments[place];
     if (place == 0 && argument == helpCommand) return About::tool;
     if (argument.starts_with(completionWithShell)) return About::completion;
-    for (const OwnOption& each : ownOptions) {
-        if (each.tag != argument) continue;
-        if (each.about == About::version && tool.version.empty()) return std::nullopt;
-        return each.about;
-    }
-    return std::nullopt;
+    const std::optional<OwnOption> option = ownOptionOf(tool, argument);
+    return option ? std::optional(aboutOf(*option)) : std::nullopt;
 }
 
 std::optional<Text> shellOf(std::span<const Text> arguments, std::size_t place) noexcept {
