@@ -11,12 +11,9 @@ struct Entry {
     OwnOption option;
 };
 constexpr Entry entries[] = {
-    {"-h", OwnOption::help},
-    {"--help", OwnOption::help},
-    {"--version", OwnOption::version},
-    {"--completion", OwnOption::completion},
-    {"--manual", OwnOption::manual},
-    {"--describe", OwnOption::description},
+    {"-h", OwnOption::help},           {"--help", OwnOption::help},
+    {"--version", OwnOption::version}, {"--completion", OwnOption::completion},
+    {"--manual", OwnOption::manual},   {"--describe", OwnOption::description},
 };
 
 bool has(const Tool& tool, OwnOption option) noexcept {
