@@ -12,6 +12,7 @@
 #include "Optrella/ManualPage/Mdoc.hpp"
 #include "Optrella/Text/Characters.hpp"
 #include "Optrella/Tool/Argument.hpp"
+#include "Optrella/Tool/Bounds.hpp"
 #include "Optrella/Tool/Conditions.hpp"
 #include "Optrella/Tool/Grammar.hpp"
 #include "Optrella/Tool/OwnOption.hpp"
@@ -71,15 +72,10 @@ std::string written(const SlotRules& rules, std::string_view between) noexcept {
 // ---- What a parameter takes ----
 
 std::string boundsOf(const ParameterNumber& number) noexcept {
-    using Limits = std::numeric_limits<std::int64_t>;
-    const bool hasLeast = *number.rangeMin() != Limits::min();
-    const bool hasGreatest = *number.rangeMax() != Limits::max();
-    const std::string least = std::to_string(*number.rangeMin());
-    const std::string greatest = std::to_string(*number.rangeMax());
-    if (hasLeast && hasGreatest)
-        return joined({"A whole number from ", least, " to ", greatest, "."});
-    if (hasLeast) return joined({"A whole number, at least ", least, "."});
-    if (hasGreatest) return joined({"A whole number, at most ", greatest, "."});
+    const auto [least, greatest] = Bounds(number);
+    if (least && greatest) return joined({"A whole number from ", *least, " to ", *greatest, "."});
+    if (least) return joined({"A whole number, at least ", *least, "."});
+    if (greatest) return joined({"A whole number, at most ", *greatest, "."});
     return "A whole number.";
 }
 

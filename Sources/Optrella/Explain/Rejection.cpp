@@ -5,6 +5,7 @@
 
 #include "Optrella/Parameters/Decimal.hpp"
 #include "Optrella/Platform/Files.hpp"
+#include "Optrella/Tool/Bounds.hpp"
 #include "Optrella/Tool/Conditions.hpp"
 #include "Optrella/Values.hpp"
 
@@ -16,13 +17,17 @@ std::optional<Text> said(const Text& value, std::string_view fault) noexcept {
     return (value.empty() ? "''" : value.str()).append(fault);
 }
 
+std::string fault(const Bounds& missed) noexcept {
+    if (!missed.least && !missed.greatest) return " is not a whole number";
+    if (!missed.greatest) return " is not a number of " + *missed.least + " or more";
+    if (!missed.least) return " is not a number of " + *missed.greatest + " or less";
+    return " is not a number from " + *missed.least + " to " + *missed.greatest;
+}
+
 std::optional<Text> rejectionOf(const ParameterNumber& number) noexcept {
     const std::optional<std::int64_t> value = decimal(number.common.userValue);
-    const std::int64_t min = *number.rangeMin();
-    const std::int64_t max = *number.rangeMax();
-    if (value && *value >= min && *value <= max) return std::nullopt;
-    return said(number.common.userValue,
-                " is not a number from " + std::to_string(min) + " to " + std::to_string(max));
+    if (value && *value >= number.rangeMin() && *value <= number.rangeMax()) return std::nullopt;
+    return said(number.common.userValue, fault(Bounds(number)));
 }
 
 std::optional<Text> rejectionOf(const ParameterUUID& uuid) noexcept {

@@ -1,10 +1,9 @@
 #include "Optrella/HelpPage/Entries.hpp"
 
 #include <algorithm>
-#include <limits>
-#include <string>
 
 #include "Optrella/Tool/Argument.hpp"
+#include "Optrella/Tool/Bounds.hpp"
 #include "Optrella/Tool/Conditions.hpp"
 #include "Optrella/Tool/Synopsis.hpp"
 
@@ -45,17 +44,13 @@ public:
         }
     }
     void addBounds(const ParameterNumber& number) noexcept {
-        using Limits = std::numeric_limits<std::int64_t>;
-        const std::string least = std::to_string(*number.rangeMin());
-        const std::string greatest = std::to_string(*number.rangeMax());
-        const bool hasLeast = *number.rangeMin() != Limits::min();
-        const bool hasGreatest = *number.rangeMax() != Limits::max();
-        if (!hasLeast && !hasGreatest) return add("a whole number");
-        add(hasLeast ? least : greatest);
-        if (!hasGreatest) return goOn("or more");
-        if (!hasLeast) return goOn("or less");
+        const Bounds bounds(number);
+        if (!bounds.least && !bounds.greatest) return add("a whole number");
+        add(bounds.least ? *bounds.least : *bounds.greatest);
+        if (!bounds.greatest) return goOn("or more");
+        if (!bounds.least) return goOn("or less");
         goOn("to");
-        goOn(greatest);
+        goOn(*bounds.greatest);
     }
     void addPath(const ParameterFileURL& path) noexcept {
         using urlType = ParameterFileURL::urlType;
