@@ -13,14 +13,15 @@ WRITTEN = "\x18\x04"  # ^X^D: writes the command line into a file, and empties i
 
 
 class Shell:
-    """A shell in a directory of the work, with the tool's completion sourced or installed."""
+    """A shell in a directory of the work, with a tool's completion sourced or installed."""
 
     NAME = ""
     LOADER = ""  # what must be installed that loads what packages install
     SPY = ""  # commands that make the shell write what it offers into a file
 
-    def __init__(self, work, way, directory):
+    def __init__(self, work, way, directory, tool="my-stock"):
         self.work = work
+        self.tool = tool
         self.line_file = work / "line"
         self.offers_file = work / "offers"
         self.record_file = work / "record"
@@ -90,6 +91,9 @@ class Shell:
 
     # ---- Questions ----
 
+    def to_be_spied(self):
+        return ""
+
     def after_tab(self, line, keys="\t", types=None):
         """The command line after TAB at its end."""
         (types or self.type)(line)
@@ -105,7 +109,7 @@ class Shell:
     def offers_after(self, lines):
         """The words that are offered at the end of each line, in their order."""
         if not self.is_spied:
-            self.execute(self.SPY)
+            self.execute(self.SPY.replace("TOOL", self.tool.replace("-", "_")) + self.to_be_spied())
             self.is_spied = True
         return {line: self.offers_at(line) for line in lines}
 
@@ -125,7 +129,7 @@ spied() {
   local typed=${COMP_LINE:0:COMP_POINT} type=$COMP_TYPE each end
   typed=${typed%"$2"} typed=${typed#"$1"}
   COMP_TYPE=37
-  _optrella_my_stock "$@"
+  _optrella_TOOL "$@"
   for each in "${COMPREPLY[@]}"; do
     [[ $each ]] || continue
     [[ $(compopt) != *"-o filenames"* ]] || printf -v each %q "$each" # readline does
@@ -134,13 +138,15 @@ spied() {
     done
   done >"$WORK/offers"
   COMP_TYPE=$type
-  _optrella_my_stock "$@"
+  _optrella_TOOL "$@"
 }
-complete -F spied my-stock
 """
 
+    def to_be_spied(self):
+        return f"complete -F spied {self.tool}\n"
+
     def start(self, home, way):
-        source = {"sourced": "source <(my-stock --completion bash)",
+        source = {"sourced": f"source <({self.tool} --completion bash)",
                   "installed": f"source {self.LOADER}"}[way]
         (home / ".bashrc").write_text(rf"""
 PS1='$ '
@@ -175,7 +181,7 @@ compadd() {
 """
 
     def start(self, home, way):
-        before, after = {"sourced": ("", "source <(my-stock --completion zsh)"),
+        before, after = {"sourced": ("", f"source <({self.tool} --completion zsh)"),
                          "installed": ("fpath=($XDG_DATA_HOME/zsh/site-functions $fpath)", "")}[way]
         (home / ".zshrc").write_text(rf"""
 PS1='$ '
@@ -205,7 +211,7 @@ class Fish(Shell):
     NAME = "fish"
 
     def start(self, home, way):
-        source = {"sourced": "my-stock --completion fish | source", "installed": ""}[way]
+        source = {"sourced": f"{self.tool} --completion fish | source", "installed": ""}[way]
         configuration = home / "config" / "fish" / "config.fish"
         configuration.parent.mkdir(parents=True, exist_ok=True)
         configuration.write_text(rf"""
@@ -226,7 +232,7 @@ bind \cx\cd written
         source = "".join(f"complete -C {quoted_for_fish(line)} | string replace -r '\\t.*' ''\nprintf '\\0'\n"
                          for line in lines)
         script = self.work / "questions.fish"
-        script.write_text("my-stock --completion fish | source\n" + source)
+        script.write_text(f"{self.tool} --completion fish | source\n" + source)
         result = subprocess.run(["fish", script], env=self.environment, cwd=self.work / "here",
                                 stdout=subprocess.PIPE, check=True)
         answers = os.fsdecode(result.stdout).split("\0")[:-1]

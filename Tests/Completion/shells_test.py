@@ -1,10 +1,11 @@
-"""What shells complete, at a terminal: shells_test.py COMPLETION_TOOL
+"""What shells complete, at a terminal: shells_test.py COMPLETION_TOOL SESSIONS
 
 Each shell says what it offers after a line, and that is compared with what the tool answers. What
 it inserts is run: the tool then gets the word that was offered.
 """
 
 import functools
+import json
 import os
 import pathlib
 import shutil
@@ -21,11 +22,11 @@ except ImportError as error:
     print(f"skipped: what shells complete: {error}")
     sys.exit(77)
 
-TOOL = ""
+TOOL = EXAMPLE = ""
 INSTALLED = {"bash": "bash-completion/completions/my-stock",
              "zsh": "zsh/site-functions/_my-stock",
              "fish": "fish/vendor_completions.d/my-stock.fish"}
-FILES = ["a file", "it's", "other file"]
+FILES = ["a file", "it's", "other file", "sessions.txt"]
 DIRECTORIES = ["a dir", "other dir"]
 
 # TAB is pressed in them after each character.
@@ -57,28 +58,60 @@ def quoted(word):
 
 
 @functools.cache
-def answer(*typed):
-    """Kinds and words, as the tool answers."""
-    result = subprocess.run([TOOL, *map(os.fsencode, typed)], env={"OPTRELLA_COMPLETE": "1"},
-                            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=True)
+def answer(*typed, **of):
+    """Kinds and words, as a tool answers in a directory."""
+    result = subprocess.run([of.get("tool", TOOL), *map(os.fsencode, typed)], env={"OPTRELLA_COMPLETE": "1"},
+                            cwd=of.get("directory"), stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=True)
     lines = os.fsdecode(result.stdout).split("\n")[:-1]
     return [(kind, word) for kind, word, help_text in (line.split("\t") for line in lines)]
 
 
-def words(*typed):
+def words(*typed, **of):
     """The words among the offers."""
-    return [word for kind, word in answer(*typed) if word and kind in ("tag", "choice", "value")]
+    return [word for kind, word in answer(*typed, **of) if word and kind in ("tag", "choice", "value")]
 
 
-def paths(*typed):
+def paths(*typed, **of):
     """What the shell has to offer of the files in its directory."""
     found = []
-    for kind, before in answer(*typed):
+    for kind, before in answer(*typed, **of):
         if kind in ("file", "directory", "path"):
             names = DIRECTORIES + (FILES if kind != "directory" else [])
             beginning = typed[-1][len(before):]
             found += [before + name for name in names if name.startswith(beginning)]
     return found
+
+
+def described_lines(tool):
+    """A line of each command that a tool shows, with all that it takes."""
+    def value(parameter):
+        if "validOptions" in parameter:
+            return parameter["validOptions"][0]["tags"][0]
+        return str(parameter["min"]) if "min" in parameter else "web"
+
+    described = json.loads(subprocess.run([tool, "--describe"], stdout=subprocess.PIPE, check=True).stdout)
+    operands = {each["tag"] for each in described["operands"]}
+    for declaration in described["declarations"]:
+        line, last = [], []
+        for parameter in declaration["required"] + declaration["optional"]:
+            tag = parameter["tags"][0]
+            if tag in operands:
+                last.append(value(parameter))
+            else:
+                line += [tag] if parameter["kind"] == "ParameterNone" else [tag, value(parameter)]
+        if not declaration["hidden"]:
+            yield line + last
+
+
+def typed_one_after_the_other(name, lines):
+    """What stands on the command line after each character of the words of lines."""
+    typed = {}
+    for line in lines:
+        for place, word in enumerate(line):
+            for size in range(len(word) + 1):
+                words_so_far = [*line[:place], word[:size]]
+                typed[" ".join([name, *map(quoted, words_so_far)])] = words_so_far
+    return typed
 
 
 def unique_beginning(word, among):
@@ -95,6 +128,7 @@ class Work:
     def __init__(self):
         self.path = pathlib.Path(tempfile.mkdtemp(prefix="completion-"))
         self.write("bin/my-stock", pathlib.Path(TOOL).read_bytes())
+        self.write("bin/sessions", pathlib.Path(EXAMPLE).read_bytes())
         for shell, name in INSTALLED.items():
             self.write(f"share/{name}", script(shell))
         # Another tool of this name, which shows by its answer that it was asked.
@@ -104,6 +138,7 @@ class Work:
         self.write("other/my-stock", other)
         for name in FILES:
             self.write(f"here/{name}", b"")
+        self.write("here/sessions.txt", b"web active 0 3 eu prod\nmail locked 5 40\nweb-2 active 0 0 eu\n")
         self.write("here/a dir/inner file", b"")
         self.write("home/my file", b"")
         self.write("home/my dir/inner file", b"")
@@ -170,11 +205,11 @@ class Completion:
         for shell in cls.shells.values():
             shell.close()
 
-    def shell(self, way="sourced", purpose="lines"):
+    def shell(self, way="sourced", purpose="lines", **how):
         if way == "installed" and self.SHELL.LOADER and not os.path.exists(self.SHELL.LOADER):
             self.skipTest(f"there is no {self.SHELL.LOADER}")
         if (way, purpose) not in self.shells:
-            self.shells[way, purpose] = self.SHELL(self.work.path, way, self.work.path / "here")
+            self.shells[way, purpose] = self.SHELL(self.work.path, way, self.work.path / "here", **how)
         return self.shells[way, purpose]
 
     def tearDown(self):
@@ -187,28 +222,31 @@ class Completion:
 
     # ---- What is offered ----
 
-    def expected(self, typed):
-        expected = words(*typed)
+    def expected(self, typed, **of):
+        expected = words(*typed, **of)
         if expected or self.LISTS_PATHS_ALONE:
-            expected += paths(*typed)
+            expected += paths(*typed, **of)
         return sorted(expected)
 
-    def without_guesses(self, offers, typed):
+    def without_guesses(self, offers, typed, **of):
         return offers
 
-    def test_offers_what_the_tool_answers_after_each_character(self):
-        lines = {}
-        for line in LINES:
-            for place, word in enumerate(line):
-                for size in range(len(word) + 1):
-                    typed = [*line[:place], word[:size]]
-                    lines[" ".join(["my-stock", *map(quoted, typed)])] = typed
-        shell = self.shell(purpose="offers")
+    def check_offers(self, shell, lines, **of):
         offers = shell.offers_after(list(lines))
-        self.assertGreater(len(lines), 200)
         for line, typed in lines.items():
             with self.subTest(line):
-                self.assertEqual(sorted(self.without_guesses(offers[line], typed)), self.expected(typed))
+                self.assertEqual(sorted(self.without_guesses(offers[line], typed, **of)), self.expected(typed, **of))
+
+    def test_offers_what_the_tool_answers_after_each_character(self):
+        lines = typed_one_after_the_other("my-stock", LINES)
+        self.assertGreater(len(lines), 200)
+        self.check_offers(self.shell(purpose="offers"), lines)
+
+    def test_offers_what_the_example_answers_after_each_character(self):
+        lines = typed_one_after_the_other("sessions", described_lines(EXAMPLE))
+        self.assertGreater(len(lines), 150)
+        self.check_offers(self.shell(purpose="example", tool="sessions"), lines, tool=EXAMPLE,
+                          directory=self.work.path / "here")
 
     def test_keeps_the_order_of_the_answer(self):
         for line, typed in {"my-stock ": [""], "my-stock list ": ["list", ""]}.items():
@@ -428,16 +466,16 @@ class ZshTest(ShowsHelp, Completion, unittest.TestCase):
 class FishTest(ShowsHelp, Completion, unittest.TestCase):
     SHELL = Fish
 
-    def without_guesses(self, offers, typed):
+    def without_guesses(self, offers, typed, **of):
         """Where no path begins as typed, fish takes those that hold what is typed."""
-        are_words = all(kind in ("tag", "choice", "value") for kind, word in answer(*typed))
+        are_words = all(kind in ("tag", "choice", "value") for kind, word in answer(*typed, **of))
         return offers if are_words else [each for each in offers if each.startswith(typed[-1])]
 
 
 def main():
-    global TOOL
-    TOOL = os.path.abspath(sys.argv[1])
-    unittest.main(argv=[sys.argv[0], *sys.argv[2:]], verbosity=2)  # so that the reason of every skipped test is seen
+    global TOOL, EXAMPLE
+    TOOL, EXAMPLE = map(os.path.abspath, sys.argv[1:3])
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2)  # so that the reason of every skipped test is seen
 
 
 if __name__ == "__main__":
