@@ -4,6 +4,7 @@
 //   read               reads a password: "none" or "text" and the bytes as hex
 //   thread             reads on another thread, while the main thread waits for it
 //   blocked-thread     the same on a thread that blocks all signals
+//   held SIGNAL        the same; whatever comes waits for this signal, and then comes at once
 //   many COUNT         reads so many passwords: how many there were
 //   say TEXT           prints to standard output, without flushing it
 //   ignore SIGNAL      ignores the signal of this number
@@ -77,6 +78,21 @@ void readOnThread(bool isBlocked) {
         read();
     });
     isStarted = true;
+    reader.join();
+}
+
+void readHeld(int release) {
+    sigset_t all;
+    sigset_t one;
+    sigset_t before;
+    sigfillset(&all);
+    sigemptyset(&one);
+    sigaddset(&one, release);
+    ::pthread_sigmask(SIG_BLOCK, &all, &before);
+    std::thread reader(read);
+    int received = 0;
+    ::sigwait(&one, &received);
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
     reader.join();
 }
 
@@ -163,7 +179,9 @@ bool does(const std::string& word) {
 }
 
 bool does(const std::string& word, const char* argument) {
-    if (word == "many") {
+    if (word == "held") {
+        readHeld(std::atoi(argument));
+    } else if (word == "many") {
         readMany(std::atoi(argument));
     } else if (word == "say") {
         std::fputs(argument, stdout);

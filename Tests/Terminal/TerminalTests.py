@@ -372,6 +372,16 @@ class JobControl(TerminalTest):
         job.answer(b"right\n")
         self.expect_end(job, 0, [text(b"right")])
 
+    def test_several_stops_at_once_need_one_continuation(self):
+        job = self.run_job("foreground", "held", word(signal.SIGUSR1))
+        self.assertEqual(job.answer(b"wro"), PROMPT)
+        for number in (signal.SIGTTIN, signal.SIGTTOU, signal.SIGTSTP, signal.SIGUSR1):
+            os.killpg(self.terminal.foreground(), number)
+        self.expect_stop(job, signal.SIGTSTP)
+        job.order("fg")
+        self.assertEqual(job.answer(b"right\n"), b"\r\n" + PROMPT)
+        self.expect_end(job, 0, [text(b"right")])
+
     def expect_stop_in_background(self, how):
         job = self.run_job("background", how)
         self.expect_stop(job, signal.SIGTTOU)
