@@ -48,8 +48,6 @@ public:
         return ((bits_ ^ other.bits_) & ~sharedFlag) != 0 && (bits_ & other.bits_ & asciiFlag) != 0;
     }
 
-    friend constexpr bool operator==(TextDigest, TextDigest) noexcept = default;
-
     // The bytes are digested eight at a time, as a number with the first one lowest and zeros after
     // the last.
     static constexpr std::size_t wordSize = 8;
