@@ -122,6 +122,13 @@ TEST_F(RunTool, ReadsConventionallyWhateverTheSpelling) {
               "items: 'items --help' shows all commands\n");
 }
 
+TEST_F(RunTool, RunsACommandWhoseRequiredOptionIsJoinedWithAnother) {
+    tool_.commandLines = std::vector{declaration({list, all}, {human})};
+    EXPECT_EQ(said({"list", "-ah"}), Words{});
+    EXPECT_EQ(status_, 0);
+    EXPECT_EQ(calls_, 1);
+}
+
 TEST_F(RunTool, TakesTheArgumentsOfMain) {
     char name[] = "items";
     char word[] = "list";

@@ -1,5 +1,4 @@
-// The moment between the start of the work and the start of the loop, which only a linker that puts
-// a function of ours in between can stretch.
+// Moments that only a linker that puts functions of ours in between can stretch.
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <gtest/gtest.h>
@@ -20,6 +19,17 @@ using Tests::TimeLimit;
 std::atomic<bool>* awaited = nullptr;
 std::atomic<int> runsOfTheLoop = 0;
 
+// A worker that has ended its work wakes its caller only after that one has gone.
+std::atomic<bool> isLate = false;
+std::atomic<bool> hasCallerGone = false;
+std::atomic<CFRunLoopRef> woken = nullptr;
+
+// Writes over what the frames of earlier calls have left.
+[[gnu::noinline]] void overwriteFrames() {
+    volatile char bytes[1 << 14];
+    for (volatile char& each : bytes) each = 0;
+}
+
 }  // namespace
 
 extern "C" {
@@ -34,6 +44,21 @@ SInt32 __wrap_CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds, Boo
     }
     return __real_CFRunLoopRunInMode(mode, seconds, returns);
 }
+
+void __real_CFRunLoopSourceSignal(CFRunLoopSourceRef source);
+
+void __wrap_CFRunLoopSourceSignal(CFRunLoopSourceRef source) {
+    while (isLate && !hasCallerGone) std::this_thread::yield();
+    __real_CFRunLoopSourceSignal(source);
+}
+
+void __real_CFRunLoopWakeUp(CFRunLoopRef loop);
+
+void __wrap_CFRunLoopWakeUp(CFRunLoopRef loop) {
+    if (!isLate) return __real_CFRunLoopWakeUp(loop);
+    woken = loop;
+    isLate = false;
+}
 }
 
 namespace {
@@ -47,6 +72,26 @@ TEST(MacOSWorker, ReleasesACallerWhoseLoopDoesNotRunYet) {
         awaited = nullptr;
         ASSERT_TRUE(hasRun) << i;
     }
+}
+
+TEST(MacOSWorker, ReachesForNothingOfACallerWhoHasGone) {
+    const TimeLimit limit;
+    const CFRunLoopRef loop = CFRunLoopGetCurrent();
+    hasCallerGone = false;
+    isLate = true;
+    // The caller looks whether the work has ended whenever somebody stops its loop.
+    std::thread stranger([&] {
+        while (!hasCallerGone) {
+            CFRunLoopStop(loop);
+            std::this_thread::sleep_for(1ms);
+        }
+    });
+    EXPECT_TRUE(runOnWorker([] {}));
+    overwriteFrames();
+    hasCallerGone = true;
+    stranger.join();
+    while (isLate) std::this_thread::yield();
+    EXPECT_EQ(woken, loop);
 }
 
 // The reason for the hand-over: if this were not so, it could be simpler.
