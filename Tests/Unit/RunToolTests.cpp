@@ -129,6 +129,22 @@ TEST_F(RunTool, RunsACommandWhoseRequiredOptionIsJoinedWithAnother) {
     EXPECT_EQ(calls_, 1);
 }
 
+TEST_F(RunTool, RunsACommandOfOperandsWhereTheFirstIsNoWord) {
+    tool_.commandLines = std::vector{declaration({list}, {}), declaration({label}, {})};
+    tool_.operands = {label};
+    EXPECT_EQ(said({"this"}), Words{});
+    EXPECT_EQ(status_, 0);
+    EXPECT_EQ(fetchString(label, given_), "this");
+}
+
+TEST_F(RunTool, TakesTwoDashesForTheEndOfOptionsThoughTheyAreDeclared) {
+    const ParameterNone dashes{{"--"}, "h"};
+    tool_.commandLines = std::vector{declaration({list}, {dashes})};
+    EXPECT_EQ(said({"list", "--"}), Words{});
+    EXPECT_EQ(status_, 0);
+    EXPECT_EQ(given_.size(), 1U);
+}
+
 TEST_F(RunTool, TakesTheArgumentsOfMain) {
     char name[] = "items";
     char word[] = "list";
@@ -182,6 +198,15 @@ TEST_F(RunTool, ShowsHelpOnStandardErrorWhereNothingIsTyped) {
 TEST_F(RunTool, SaysWhatIsWrongAsItWasTyped) {
     EXPECT_EQ(said({"list", "--limt=3"}),
               Words{"items: '--limt=3' is not known; did you mean '--limit=3'?\n"
+                    "items: usage: items list [-a|--all] [-n|--limit COUNT] [--owner OWNER] [-h]\n"
+                    "items: 'items --help' shows all commands\n"});
+    EXPECT_EQ(status_, 64);
+    EXPECT_EQ(calls_, 0);
+}
+
+TEST_F(RunTool, RunsNothingWhereAValueIsGivenTwice) {
+    EXPECT_EQ(said({"list", "-n", "1", "-n", "2"}),
+              Words{"items: '-n' is given twice\n"
                     "items: usage: items list [-a|--all] [-n|--limit COUNT] [--owner OWNER] [-h]\n"
                     "items: 'items --help' shows all commands\n"});
     EXPECT_EQ(status_, 64);
@@ -297,6 +322,12 @@ TEST_F(RunTool, ShowsThePageOfAHiddenCommandToThoseWhoKnowIt) {
     EXPECT_EQ(out({"help", "debug"}), helpPage(tool_, std::vector<std::size_t>{3}).str());
 }
 
+TEST_F(RunTool, ShowsNoHiddenCommandWithOthersOfItsWords) {
+    tool_.commandLines =
+        std::vector{declaration({remote, prune}, {}, false, true), declaration({remote, add}, {})};
+    EXPECT_EQ(out({"remote", "--help"}), helpPage(tool_, std::vector<std::size_t>{1}).str());
+}
+
 TEST_F(RunTool, ExplainsWhatIsNoCommandInsteadOfHelping) {
     const Words explained{
         "items: 'lsit' is not known; did you mean 'list'?\n"
@@ -335,6 +366,12 @@ TEST_F(RunTool, LooksAtNoQuestionWithinTheLineOfAnotherCommand) {
     EXPECT_EQ(said({"in", "--bogus", "ls", "--help"}).size(), 1U);
     EXPECT_EQ(status_, 64);
     EXPECT_EQ(out({"in", "--help"}), helpPage(tool_, std::vector<std::size_t>{4}).str());
+}
+
+TEST_F(RunTool, LooksAtNoQuestionThatOneOfTheCommandsMeantWouldHandOn) {
+    tool_.commandLines = std::vector{declaration({in, command}, {}), declaration({in}, {all})};
+    EXPECT_EQ(said({"in", "--bogus", "ls", "--help"}).size(), 1U);
+    EXPECT_EQ(status_, 64);
 }
 
 TEST_F(RunTool, TakesNoValueForAQuestion) {
