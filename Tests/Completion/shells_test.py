@@ -475,7 +475,8 @@ class FishTest(ShowsHelp, Completion, unittest.TestCase):
 def main():
     global TOOL, EXAMPLE
     TOOL, EXAMPLE = map(os.path.abspath, sys.argv[1:3])
-    unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2)  # so that the reason of every skipped test is seen
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]], failfast="GTEST_FAIL_FAST" in os.environ,
+                  verbosity=2)  # so that the reason of every skipped test is seen
 
 
 if __name__ == "__main__":

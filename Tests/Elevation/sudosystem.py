@@ -311,5 +311,6 @@ def main(is_root, _):
         if reason := needed_for_real_sudo():
             namespaces.skip(reason)
     names = os.environ.get("TESTS", "").split()  # all without
-    program = unittest.main(argv=[sys.argv[0], *names], verbosity=2, exit=False)
+    program = unittest.main(argv=[sys.argv[0], *names], verbosity=2, exit=False,
+                            failfast="GTEST_FAIL_FAST" in os.environ)
     sys.exit(0 if program.result.wasSuccessful() else 1)

@@ -128,7 +128,7 @@ class Failure(FaultTest):
 def main():
     global PROBE
     PROBE = os.path.abspath(sys.argv[1])
-    unittest.main(argv=[sys.argv[0], *sys.argv[2:]])
+    unittest.main(argv=[sys.argv[0], *sys.argv[2:]], failfast="GTEST_FAIL_FAST" in os.environ)
 
 
 if __name__ == "__main__":

@@ -573,7 +573,7 @@ class Resources(TerminalTest):
 def main():
     global PROBE
     PROBE = os.path.abspath(sys.argv[1])
-    unittest.main(argv=[sys.argv[0], *sys.argv[2:]])
+    unittest.main(argv=[sys.argv[0], *sys.argv[2:]], failfast="GTEST_FAIL_FAST" in os.environ)
 
 
 if __name__ == "__main__":
