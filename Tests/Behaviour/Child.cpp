@@ -14,6 +14,10 @@
 #include <cstdlib>
 #include <system_error>
 
+#ifdef OPTRELLA_TESTS_COUNT_COVERAGE
+extern "C" void __gcov_dump();
+#endif
+
 namespace Behaviour {
 
 namespace {
@@ -86,6 +90,14 @@ bool takeStreams(const Streams& streams) {
            ::dup2(streams.errors.writeEnd(), STDERR_FILENO) >= 0;
 }
 
+// Leaves alone what the parent has not written yet and what it wants done at its end.
+[[noreturn]] void end() {
+#ifdef OPTRELLA_TESTS_COUNT_COVERAGE
+    __gcov_dump();
+#endif
+    ::_exit(EXIT_SUCCESS);
+}
+
 [[noreturn]] void workInChild(const std::function<std::string()>& work, Streams& streams) {
     constexpr int cannotBegin = 126;
     ::setsid();  // a group that can be killed, and no terminal to ask for a password
@@ -96,7 +108,7 @@ bool takeStreams(const Streams& streams) {
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     const std::string report = work();
     writeAll(streams.report.writeEnd(), report);
-    ::_exit(EXIT_SUCCESS);
+    end();
 }
 
 // ---- In the parent ----
