@@ -19,10 +19,12 @@ using Tests::TimeLimit;
 std::atomic<bool>* awaited = nullptr;
 std::atomic<int> runsOfTheLoop = 0;
 
-// A worker that has ended its work wakes its caller only after that one has gone.
-std::atomic<bool> isLate = false;
+// A worker that is late wakes its caller only after that one has gone. Of one thread: the worker of
+// an earlier test may still be at its end.
+thread_local bool isLate = false;
 std::atomic<bool> hasCallerGone = false;
-std::atomic<CFRunLoopRef> woken = nullptr;
+std::atomic<bool> hasWoken = false;
+CFRunLoopRef woken = nullptr;
 
 // Writes over what the frames of earlier calls have left.
 [[gnu::noinline]] void overwriteFrames() {
@@ -56,8 +58,9 @@ void __real_CFRunLoopWakeUp(CFRunLoopRef loop);
 
 void __wrap_CFRunLoopWakeUp(CFRunLoopRef loop) {
     if (!isLate) return __real_CFRunLoopWakeUp(loop);
-    woken = loop;
     isLate = false;
+    woken = loop;
+    hasWoken = true;
 }
 }
 
@@ -77,8 +80,7 @@ TEST(MacOSWorker, ReleasesACallerWhoseLoopDoesNotRunYet) {
 TEST(MacOSWorker, ReachesForNothingOfACallerWhoHasGone) {
     const TimeLimit limit;
     const CFRunLoopRef loop = CFRunLoopGetCurrent();
-    hasCallerGone = false;
-    isLate = true;
+    hasCallerGone = hasWoken = false;
     // The caller looks whether the work has ended whenever somebody stops its loop.
     std::thread stranger([&] {
         while (!hasCallerGone) {
@@ -86,11 +88,11 @@ TEST(MacOSWorker, ReachesForNothingOfACallerWhoHasGone) {
             std::this_thread::sleep_for(1ms);
         }
     });
-    EXPECT_TRUE(runOnWorker([] {}));
+    EXPECT_TRUE(runOnWorker([] { isLate = true; }));
     overwriteFrames();
     hasCallerGone = true;
     stranger.join();
-    while (isLate) std::this_thread::yield();
+    while (!hasWoken) std::this_thread::yield();
     EXPECT_EQ(woken, loop);
 }
 
